@@ -1,0 +1,688 @@
+/*
+ * Quarn: exact reasoning with probabilistic graphical models.
+ *
+ * A host program builds a network (a domain) node by node or reads it from a NET file, compiles it into a forest of
+ * junction trees, enters evidence, propagates it, and reads beliefs and the probability of the evidence:
+ *
+ *     q_domain_t domain = q_net_parse_domain("chest_clinic.net", NULL, NULL);
+ *     q_domain_compile(domain);
+ *     q_node_select_state(q_domain_get_node_by_name(domain, "xray"), 0);
+ *     q_domain_propagate(domain, q_equilibrium_sum, q_mode_normal);
+ *     double p = q_node_get_belief(q_domain_get_node_by_name(domain, "lung"), 0);
+ *     q_domain_delete(domain);
+ *
+ * Conventions, which the comments below do not repeat:
+ *
+ * Failure   Every function sets the error code of the calling thread, to q_error_none when it succeeds; read it with
+ *           q_error_code(). A function that fails returns
+ *               status (q_status_t)       the error code itself, never 0
+ *               handle, array, string     null
+ *               count or size             all bits set, (size_t)-1
+ *               number (q_number_t)       -1.0
+ *               state index (int64_t)     -1
+ *               predicate (q_boolean_t)   all bits set; 1 and 0 are its answers
+ *           A null handle or pointer is q_error_usage unless the function says what null means. Every function that
+ *           allocates can fail with q_error_no_memory. A call that fails leaves its objects as they were.
+ * Looking   Looking up what is not there (a node by name, an attribute) is no failure: null or -1 with q_error_none.
+ * Handles   stay valid until their object is deleted. A node belongs to its domain, a table to its node, a clique and
+ *           a junction tree to the compiled domain: those go with the next structural change. The library does not
+ *           recognise a handle that was deleted or never was one.
+ * Arrays    and strings that the library returns belong to the object they were asked of; they are valid until that
+ *           object is changed or deleted, or as said. Lists of handles end with a null.
+ * Strings   passed in are copied. They are bytes ended by a zero, in whatever encoding the caller uses.
+ * Order     "creation order" is the order in which the nodes of a domain were made.
+ * Threads   A domain and all that is in it must be used by one thread at a time; different domains are independent.
+ *           Reading or writing text switches the process to the "C" locale for that time when the host has set
+ *           another one: such a host must not do so in two threads at once.
+ * Silence   Nothing is ever printed to the standard streams, and the library never exits or aborts.
+ */
+#ifndef QUARN_H
+#define QUARN_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#if defined(__GNUC__)
+#define Q_API __attribute__((visibility("default")))
+#else
+#define Q_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef double q_number_t;
+typedef int32_t q_error_t;
+typedef int32_t q_status_t;
+typedef uint32_t q_boolean_t;
+typedef int32_t q_category_t, q_kind_t, q_subtype_t, q_equilibrium_t, q_mode_t;
+
+typedef struct q_domain* q_domain_t;
+typedef struct q_node* q_node_t;
+typedef struct q_table* q_table_t;
+typedef struct q_clique* q_clique_t;
+typedef struct q_junction_tree* q_junction_tree_t;
+typedef struct q_attribute* q_attribute_t;
+
+/**
+ * Receives each error and warning of a parser.
+ *
+ * position  line number, from 1, when a file is read; number of characters before the place when a text is read
+ * message   at most 511 characters, no newline at the end; valid during the call only
+ * data      what was passed to the parsing function
+ */
+typedef void (*q_parse_error_handler_t)(size_t position, const char* message, void* data);
+
+/* The error codes; q_error_description() says what each means. */
+enum {
+    q_error_none = 0,
+    q_error_usage = 1,
+    q_error_io = 2,
+    q_error_no_memory = 3,
+    q_error_cg_limids_not_supported = 4,
+    q_error_twice = 5,
+    q_error_invalid_name = 6,
+    q_error_cyclic_network = 7,
+    q_error_cyclic_functional_dependency = 8,
+    q_error_functional_dependency = 9,
+    q_error_size_too_large = 10,
+    q_error_fast_retraction = 11,
+    q_error_rounding = 12,
+    q_error_bad_kb_password = 13,
+    q_error_bad_kb_version = 14,
+    q_error_bad_kb_type = 15,
+    q_error_bad_kb_format = 16,
+    q_error_not_compiled = 17,
+    q_error_invalid_probability_potential = 18,
+    q_error_chain_graph = 19,
+    q_error_enumeration = 20,
+    q_error_no_equilibrium = 21,
+    q_error_low_density = 22,
+    q_error_zero_variance = 23,
+    q_error_inconsistency_or_underflow = 24,
+    q_error_overflow = 25,
+    q_error_cg_evidence_incorporated = 26,
+    q_error_normalization = 27,
+    q_error_compressed = 28,
+    q_error_table_too_large = 29,
+    q_error_invalid_evidence = 30,
+    q_error_case_state_too_large = 31,
+    q_error_no_value = 32,
+    q_error_parse = 33,
+    q_error_invalid_expression = 34,
+    q_error_syntax = 35,
+    q_error_division_by_zero = 36,
+    q_error_inappropriate_arguments = 37,
+    q_error_computation_failed = 38,
+    q_error_insufficient_state_range = 39,
+    q_error_invalid_state_values = 40,
+    q_error_cyclic_instance_hierarchy = 41,
+    q_error_illegal_binding = 42,
+    q_error_locale = 43,
+    q_error_error = 47
+};
+
+/* What a node is for. */
+enum {
+    q_category_function = 5,
+    q_category_instance = 6,
+    q_category_chance = 7,
+    q_category_decision = 8,
+    q_category_utility = 9
+};
+
+/* What values a node takes: one of its states, a real number, or neither (utilities, real-valued functions). */
+enum { q_kind_discrete = 0, q_kind_continuous = 1, q_kind_other = -1 };
+
+/* How the states of a discrete node are meant. */
+enum { q_subtype_label = 30, q_subtype_boolean = 31, q_subtype_number = 32, q_subtype_interval = 33 };
+
+/* What propagated tables represent: sums (beliefs) or maxima (most probable configurations). */
+enum { q_equilibrium_none = 10, q_equilibrium_sum = 11, q_equilibrium_max = 12 };
+
+/* Whether a belief takes the evidence on its own node into account, or only that on the others. */
+enum { q_mode_normal = 20, q_mode_fast_retraction = 21 };
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * Errors
+ * --------------------------------------------------------------------------------------------------------------- */
+
+/** The error code of the calling thread's last call. Changes nothing; costs nothing. */
+Q_API q_error_t q_error_code(void);
+
+/** Short name of an error code, such as "usage"; "no_such_error" above 47. Never null; leaves the error code alone. */
+Q_API const char* q_error_name(uint32_t code);
+
+/** An error code in words; "No such error." above 47. Never null; leaves the error code alone. */
+Q_API const char* q_error_description(uint32_t code);
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * Domains
+ * --------------------------------------------------------------------------------------------------------------- */
+
+/** A new, empty domain; the caller frees it with q_domain_delete(). */
+Q_API q_domain_t q_domain_new(void);
+
+/**
+ * Frees a domain and everything in it. The clean-up callbacks of the nodes (in creation order) and then that of the
+ * domain are run first, while everything can still be read; they must not change the domain.
+ *
+ * errors  q_error_io: closing the log file failed; everything is freed all the same
+ */
+Q_API q_status_t q_domain_delete(q_domain_t domain);
+
+/**
+ * Opens the log file of a domain, to which compilation writes its trace; the one it had is closed.
+ *
+ * append  0: an existing file is emptied first; otherwise written to at its end
+ * errors  q_error_io: the file cannot be opened (the old log stays in place); or the old one cannot be closed (the
+ *         domain then keeps it, unusable: whatever writes to the log fails with q_error_io until another is set)
+ */
+Q_API q_status_t q_domain_set_log_file(q_domain_t domain, const char* path, int append);
+
+/**
+ * Creates a node, unnamed and without links, with subtype label; a discrete one has one state.
+ *
+ * category  chance or decision (kind discrete or continuous), utility (the kind is not looked at), or function (kind
+ *           discrete, or other for a real-valued function)
+ * errors    q_error_usage: any other category, or a kind that does not go with it;
+ *           q_error_cg_limids_not_supported: continuous nodes beside decisions or utilities;
+ *           q_error_cyclic_functional_dependency: the first decision or utility of a domain in which some function
+ *           node with a discrete or continuous parent has a discrete or continuous node among itself and its
+ *           descendants
+ */
+Q_API q_node_t q_domain_new_node(q_domain_t domain, q_category_t category, q_kind_t kind);
+
+/** The node created last, from which q_node_get_next() leads to the older ones; null with q_error_none if none. */
+Q_API q_node_t q_domain_get_first_node(q_domain_t domain);
+
+/** The node of that name, or null with q_error_none. Takes constant time on average. */
+Q_API q_node_t q_domain_get_node_by_name(q_domain_t domain, const char* name);
+
+/** Sets the size at which front ends draw nodes; (0, 0) in a new domain. Any integers are accepted. */
+Q_API q_status_t q_domain_set_node_size(q_domain_t domain, int32_t width, int32_t height);
+
+/** Reads the node size into two distinct places (q_error_usage when they are the same). */
+Q_API q_status_t q_domain_get_node_size(q_domain_t domain, int32_t* width, int32_t* height);
+
+/**
+ * Sets an attribute, a text of the caller's own; attributes keep the order in which their keys were first set.
+ *
+ * value   null removes the attribute (and succeeds when there is none)
+ * errors  q_error_invalid_name: the key has not the form of a C identifier, or is node_size, which NET files use
+ */
+Q_API q_status_t q_domain_set_attribute(q_domain_t domain, const char* key, const char* value);
+
+/** The value of an attribute, valid until it is set again or removed; null with q_error_none when there is none. */
+Q_API const char* q_domain_get_attribute(q_domain_t domain, const char* key);
+
+/** The first attribute of a domain, or null with q_error_none; valid until it is removed. */
+Q_API q_attribute_t q_domain_get_first_attribute(q_domain_t domain);
+
+/** The attribute after this one, or null with q_error_none. */
+Q_API q_attribute_t q_attribute_get_next(q_attribute_t attribute);
+
+/** The key of an attribute. */
+Q_API const char* q_attribute_get_key(q_attribute_t attribute);
+
+/** The value of an attribute. */
+Q_API const char* q_attribute_get_value(q_attribute_t attribute);
+
+/** Stores a pointer of the caller's with a domain; the library never follows it. */
+Q_API q_status_t q_domain_set_user_data(q_domain_t domain, void* data);
+
+/** The pointer stored with a domain; null with q_error_none when none is. */
+Q_API void* q_domain_get_user_data(q_domain_t domain);
+
+/** Registers what is called when the domain is deleted; null unregisters. User data can be read inside the callback. */
+Q_API q_status_t q_domain_set_user_data_cleanup(q_domain_t domain, void (*cleanup)(q_domain_t));
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * Nodes
+ * --------------------------------------------------------------------------------------------------------------- */
+
+/** The node created before this one, or null with q_error_none: walks a domain from the newest node to the oldest. */
+Q_API q_node_t q_node_get_next(q_node_t node);
+
+/** The domain that a node is in. */
+Q_API q_domain_t q_node_get_domain(q_node_t node);
+
+/** The category of a node; -1 for a null node. */
+Q_API q_category_t q_node_get_category(q_node_t node);
+
+/** The kind of a node; -2 for a null node. */
+Q_API q_kind_t q_node_get_kind(q_node_t node);
+
+/** The subtype of a node; -1 on failure (q_error_usage: not discrete). */
+Q_API q_subtype_t q_node_get_subtype(q_node_t node);
+
+/**
+ * Turns a discrete chance node into a decision or a decision into a chance node. Uncompiles the domain.
+ *
+ * errors  q_error_usage: another category; a node that is not discrete, is a utility or a function, or has an
+ *         experience or fading table; q_error_cg_limids_not_supported and q_error_cyclic_functional_dependency, as
+ *         for q_domain_new_node(), when the node becomes a decision
+ */
+Q_API q_status_t q_node_set_category(q_node_t node, q_category_t category);
+
+/** Sets the subtype of a discrete node. errors: q_error_usage: not discrete; boolean without exactly two states. */
+Q_API q_status_t q_node_set_subtype(q_node_t node, q_subtype_t subtype);
+
+/**
+ * Names a node: a C identifier, or several joined by dots.
+ *
+ * errors  q_error_twice: another node of the domain has the name; q_error_invalid_name; q_error_locale
+ */
+Q_API q_status_t q_node_set_name(q_node_t node, const char* name);
+
+/**
+ * The name of a node. One that has none is given one first: a letter for its category (C, D, U or F) and its number
+ * in creation order, or the first free number after the number of nodes.
+ */
+Q_API const char* q_node_get_name(q_node_t node);
+
+/** Sets the label of a node, a text for people. */
+Q_API q_status_t q_node_set_label(q_node_t node, const char* label);
+
+/** The label of a node; the empty text when none was set. */
+Q_API const char* q_node_get_label(q_node_t node);
+
+/** Sets the place at which front ends draw a node; (0, 0) for a new one. */
+Q_API q_status_t q_node_set_position(q_node_t node, int32_t x, int32_t y);
+
+/** Reads the position of a node into two distinct places (q_error_usage when they are the same). */
+Q_API q_status_t q_node_get_position(q_node_t node, int32_t* x, int32_t* y);
+
+/**
+ * Sets the number of states of a discrete node. States are added and removed at the end. In every table over the node
+ * an added state takes a copy of the entries of state 0, a removed one takes its entries with it. A selected state
+ * that still exists stays selected, all other evidence on the node is retracted. Uncompiles the domain.
+ *
+ * count   at least 1
+ * errors  q_error_usage: not discrete, count 0, or a boolean node (unless it is the present count);
+ *         q_error_no_memory: some table would not fit
+ */
+Q_API q_status_t q_node_set_number_of_states(q_node_t node, size_t count);
+
+/** The number of states of a discrete node (others: q_error_usage). */
+Q_API size_t q_node_get_number_of_states(q_node_t node);
+
+/** Labels a state of a discrete node. Two states may share a label. errors: q_error_usage: not discrete, no such state. */
+Q_API q_status_t q_node_set_state_label(q_node_t node, size_t state, const char* label);
+
+/** The label of a state; when none was set, "false" and "true" for the states of a boolean node, else the empty text. */
+Q_API const char* q_node_get_state_label(q_node_t node, size_t state);
+
+/**
+ * Sets a number that the states of a node stand for. The first call sets all others to -1; in an interval node, the
+ * first bound to the most negative and the last to the largest finite double, which stand for minus and plus infinity.
+ *
+ * index   numbered node: a state; interval node: a bound, 0 .. number of states
+ * errors  q_error_usage: neither numbered nor interval, index out of range
+ */
+Q_API q_status_t q_node_set_state_value(q_node_t node, size_t index, q_number_t value);
+
+/** A value set by q_node_set_state_value(). errors: as there, and q_error_usage when no value was ever set. */
+Q_API q_number_t q_node_get_state_value(q_node_t node, size_t index);
+
+/** The one state with that label; -1 with q_error_none when none or several have it, or it is empty. */
+Q_API int64_t q_node_get_state_index_from_label(q_node_t node, const char* label);
+
+/**
+ * The state that a number selects; -1 with q_error_none when there is none.
+ * A numbered node: the first state whose value differs by at most 1e-6 times the number. An interval node: the
+ * interval that contains it, closed below and open above, the last one closed; infinite bounds hold everything.
+ *
+ * errors  q_error_usage: neither numbered nor interval; values that were never set, do not increase, or are infinite
+ *         elsewhere than at the ends of an interval node
+ */
+Q_API int64_t q_node_get_state_index_from_value(q_node_t node, q_number_t value);
+
+/**
+ * Puts the states of a label node in another order; labels, evidence and every table follow. Uncompiles the domain
+ * unless the order is the present one.
+ *
+ * labels  the present labels in the new order, ended by a null: each state once
+ * errors  q_error_usage: not discrete with subtype label, an unknown or repeated label, a wrong number of labels
+ */
+Q_API q_status_t q_node_reorder_states(q_node_t node, const char* const* labels);
+
+/**
+ * Adds a link. A discrete or continuous parent also goes into the child's tables when they exist (not a function
+ * child's): a discrete one in front, the old values being repeated for each of its states, a continuous one at the
+ * end with coefficient 0. Uncompiles the domain unless the child is a function node.
+ *
+ * errors  q_error_usage: different domains, already a parent, a utility as parent of a chance, decision or utility
+ *         node, a continuous parent of a discrete node (function nodes take any); q_error_cyclic_network;
+ *         q_error_cyclic_functional_dependency, q_error_functional_dependency: the evaluation of function nodes would
+ *         depend on itself, or decisions on it; q_error_no_memory: the child's table would not fit
+ */
+Q_API q_status_t q_node_add_parent(q_node_t child, q_node_t parent);
+
+/** Removes a link; the child's tables keep what they hold for state 0 of a discrete parent. errors: q_error_usage. */
+Q_API q_status_t q_node_remove_parent(q_node_t child, q_node_t parent);
+
+/** Removes the link from a discrete parent; the child's tables keep what they hold for that state of it. */
+Q_API q_status_t q_node_remove_parent_keep_state(q_node_t child, q_node_t parent, size_t state);
+
+/**
+ * Puts another node in the place of a parent; the child's tables keep their values. Uncompiles the domain.
+ *
+ * errors  as q_node_add_parent(); q_error_usage also when the old parent is none, or the two differ in category,
+ *         kind, number of states, subtype, or (as the subtype says) state labels or values
+ */
+Q_API q_status_t q_node_switch_parent(q_node_t child, q_node_t old_parent, q_node_t new_parent);
+
+/** The parents of a node, in the order in which they were added; valid until a link to the node is changed. */
+Q_API const q_node_t* q_node_get_parents(q_node_t node);
+
+/** The children of a node, in the order in which the links were added; valid until a link from it is changed. */
+Q_API const q_node_t* q_node_get_children(q_node_t node);
+
+/** The node and all its ancestors, nearest first; valid until the next query of ancestors or descendants of the node. */
+Q_API const q_node_t* q_node_get_ancestors(q_node_t node);
+
+/** The node and all its descendants, nearest first; valid until the next query of ancestors or descendants of the node. */
+Q_API const q_node_t* q_node_get_descendants(q_node_t node);
+
+/**
+ * A new node like this one: category, kind, label, attributes, position, states, table, and the same parents; but no
+ * name, children, evidence, user data, experience or fading table. Uncompiles the domain.
+ */
+Q_API q_node_t q_node_clone(q_node_t node);
+
+/**
+ * Deletes a node with its links; the tables of its children keep what they hold for its state 0. Its clean-up callback
+ * is run while its texts and user data can still be read; it must not change the domain. Uncompiles the domain unless
+ * the node is a real-valued function. Never fails for a valid node.
+ */
+Q_API q_status_t q_node_delete(q_node_t node);
+
+/** As q_domain_set_attribute(); the keys label, position, states, subtype and state_values are q_error_invalid_name. */
+Q_API q_status_t q_node_set_attribute(q_node_t node, const char* key, const char* value);
+
+/** The value of an attribute; null with q_error_none when there is none. */
+Q_API const char* q_node_get_attribute(q_node_t node, const char* key);
+
+/** The first attribute of a node, or null with q_error_none. */
+Q_API q_attribute_t q_node_get_first_attribute(q_node_t node);
+
+/** Stores a pointer of the caller's with a node; the library never follows it. */
+Q_API q_status_t q_node_set_user_data(q_node_t node, void* data);
+
+/** The pointer stored with a node; null with q_error_none when none is. */
+Q_API void* q_node_get_user_data(q_node_t node);
+
+/** Registers what is called when the node is deleted, with it or with its domain; null unregisters. */
+Q_API q_status_t q_node_set_user_data_cleanup(q_node_t node, void (*cleanup)(q_node_t));
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * Tables
+ *
+ * A table holds one number for each configuration of its discrete nodes. Configurations are numbered in row-major
+ * order: the state of the last discrete node varies fastest. With continuous nodes it also holds a mean and a row of
+ * covariances for each of them and each configuration.
+ * --------------------------------------------------------------------------------------------------------------- */
+
+/**
+ * The table of a node, made on the first request. It stays the same, and follows every change of states and links,
+ * until the node is deleted.
+ *
+ * Over     a discrete node: its discrete parents in their order, then the node (probabilities, or a decision's policy;
+ *          a discrete function: the node alone); a continuous node: its discrete parents, the node, its continuous
+ *          parents; a utility: its discrete parents. A parent that is added later comes first: go by
+ *          q_table_get_nodes().
+ * Holds    1 everywhere, a utility table 0; a continuous node: mean 0 and variance 1
+ * errors   q_error_usage: a real-valued function
+ */
+Q_API q_table_t q_node_get_table(q_node_t node);
+
+/**
+ * Tells the library that the caller has written into the table of a node, so that the next propagation uses the new
+ * values: call it after writing through q_table_get_data(). errors: q_error_usage: a real-valued function.
+ */
+Q_API q_status_t q_node_touch_table(q_node_t node);
+
+/** The experience counts of a chance node, one for each configuration of its discrete parents; null with q_error_none
+ *  when it has none. */
+Q_API q_table_t q_node_get_experience_table(q_node_t node);
+
+/** The fading factors of a discrete chance node, one for each configuration of its discrete parents; null with
+ *  q_error_none when it has none. */
+Q_API q_table_t q_node_get_fading_table(q_node_t node);
+
+/** Gives a chance node an experience table of zeros, or returns the one it has. errors: q_error_usage: not chance. */
+Q_API q_table_t q_node_new_experience_table(q_node_t node);
+
+/** Gives a discrete chance node a fading table of ones, or returns the one it has. errors: q_error_usage. */
+Q_API q_table_t q_node_new_fading_table(q_node_t node);
+
+/** The nodes of a table, all discrete ones first; valid until the table changes its shape. */
+Q_API const q_node_t* q_table_get_nodes(q_table_t table);
+
+/**
+ * The numbers of a table, q_table_get_size() of them, for reading and writing; valid until the table changes its shape.
+ * They are allocated at the first request. See q_node_touch_table().
+ *
+ * errors  q_error_size_too_large: their number does not fit size_t; q_error_no_memory
+ */
+Q_API q_number_t* q_table_get_data(q_table_t table);
+
+/** The number of discrete configurations; 1 without discrete nodes. errors: q_error_size_too_large. */
+Q_API size_t q_table_get_size(q_table_t table);
+
+/** The number of means and covariances: K (K + 3) / 2 for K continuous nodes, for each configuration; else 0.
+ *  errors: q_error_size_too_large. */
+Q_API size_t q_table_get_cg_size(q_table_t table);
+
+/**
+ * The mean of a continuous node in one configuration.
+ *
+ * errors  q_error_usage: configuration out of range, not a continuous node of the table, the table holds no
+ *         distribution of it, or it holds conditional distributions (of a node given continuous parents)
+ */
+Q_API q_number_t q_table_get_mean(q_table_t table, size_t configuration, q_node_t node);
+
+/** The covariance of two continuous nodes in one configuration, in either order. errors: as q_table_get_mean(). */
+Q_API q_number_t q_table_get_covariance(q_table_t table, size_t configuration, q_node_t node1,
+                                        q_node_t node2);
+
+/** The variance of a continuous node in one configuration. errors: as q_table_get_mean(). */
+Q_API q_number_t q_table_get_variance(q_table_t table, size_t configuration, q_node_t node);
+
+/**
+ * A continuous chance node is normally distributed in each configuration of its discrete parents: its mean is the
+ * intercept plus, for each continuous parent, a coefficient times the parent; its variance is constant. Setting one of
+ * these counts as touching the table.
+ *
+ * configuration  number of the configuration of the discrete nodes of the node's table
+ * value          a variance must not be negative (q_error_usage)
+ * errors         q_error_usage: not a continuous chance node, configuration out of range, not a continuous parent of
+ *                the node; q_error_size_too_large
+ */
+Q_API q_status_t q_node_set_cg_intercept(q_node_t node, size_t configuration, q_number_t value);
+Q_API q_status_t q_node_set_cg_coefficient(q_node_t node, q_node_t parent, size_t configuration,
+                                           q_number_t value);
+Q_API q_status_t q_node_set_cg_variance(q_node_t node, size_t configuration, q_number_t value);
+
+/** Read what the functions above set; same errors, -1.0 on failure. */
+Q_API q_number_t q_node_get_cg_intercept(q_node_t node, size_t configuration);
+Q_API q_number_t q_node_get_cg_coefficient(q_node_t node, q_node_t parent, size_t configuration);
+Q_API q_number_t q_node_get_cg_variance(q_node_t node, size_t configuration);
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * Compilation
+ * --------------------------------------------------------------------------------------------------------------- */
+
+/**
+ * Compiles a domain into a forest of junction trees: moral graph, triangulation by the best of four greedy heuristics,
+ * cliques, and a clique for the table of every node (Lauritzen & Spiegelhalter 1988; Kjaerulff 1990). Time and memory
+ * grow with the total size of the cliques, which can be exponential in the number of nodes. A trace goes to the log.
+ * A node without a table is given its default one. Entered evidence stays; nothing is propagated yet.
+ *
+ * So far for domains of discrete chance nodes: any other node is q_error_usage.
+ *
+ * errors  q_error_usage: no discrete or continuous nodes, or compiled already; q_error_size_too_large: the size of a
+ *         table does not fit 64 bits; q_error_no_memory; q_error_io: writing the log failed. The domain is left
+ *         uncompiled.
+ */
+Q_API q_status_t q_domain_compile(q_domain_t domain);
+
+/** Drops the junction trees and all results; every structural change does so too. Succeeds when there are none. */
+Q_API q_status_t q_domain_uncompile(q_domain_t domain);
+
+/** Whether the domain is compiled. */
+Q_API q_boolean_t q_domain_is_compiled(q_domain_t domain);
+
+/** Whether the domain is triangulated; so it is when it is compiled. */
+Q_API q_boolean_t q_domain_is_triangulated(q_domain_t domain);
+
+/** The first junction tree of a domain, from which q_junction_tree_get_next() leads on; null with q_error_none when it
+ *  is not compiled. */
+Q_API q_junction_tree_t q_domain_get_first_junction_tree(q_domain_t domain);
+
+/** The junction tree after this one, or null with q_error_none. */
+Q_API q_junction_tree_t q_junction_tree_get_next(q_junction_tree_t tree);
+
+/** The clique at which the tree is rooted. */
+Q_API q_clique_t q_junction_tree_get_root(q_junction_tree_t tree);
+
+/** The cliques of a tree. */
+Q_API const q_clique_t* q_junction_tree_get_cliques(q_junction_tree_t tree);
+
+/** The sum of the table sizes of the cliques of a tree; all bits set, with q_error_none, where it does not fit. */
+Q_API size_t q_junction_tree_get_total_size(q_junction_tree_t tree);
+
+/** The tree that a clique is in. */
+Q_API q_junction_tree_t q_clique_get_junction_tree(q_clique_t clique);
+
+/** The nodes of a clique. */
+Q_API const q_node_t* q_clique_get_members(q_clique_t clique);
+
+/** The cliques next to a clique in its tree. */
+Q_API const q_clique_t* q_clique_get_neighbors(q_clique_t clique);
+
+/** The tree that a node is in; null with q_error_not_compiled when the domain is not compiled. */
+Q_API q_junction_tree_t q_node_get_junction_tree(q_node_t node);
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * Evidence
+ *
+ * Evidence on a discrete node is a vector of weights, one for each state: one 1 among zeros selects a state, all ones
+ * are no evidence, anything else is a likelihood. It can be entered at any time, compiled or not, and takes effect with
+ * the next propagation. It stays until it is retracted.
+ * --------------------------------------------------------------------------------------------------------------- */
+
+/**
+ * Sets the weight of one state; the weights of the others stay (all 1 without evidence).
+ *
+ * value   from 0 to below the largest finite double
+ * errors  q_error_usage: not discrete, no such state, a value out of range or NaN
+ */
+Q_API q_status_t q_node_enter_finding(q_node_t node, size_t state, q_number_t value);
+
+/** Observes a state of a discrete node. errors: q_error_usage: not discrete, no such state. */
+Q_API q_status_t q_node_select_state(q_node_t node, size_t state);
+
+/** Removes the evidence on a node. errors: q_error_usage: a utility or a real-valued function. */
+Q_API q_status_t q_node_retract_findings(q_node_t node);
+
+/** Removes the evidence on all nodes. */
+Q_API q_status_t q_domain_retract_findings(q_domain_t domain);
+
+/** The weight of a state as it was entered; 1.0 without evidence. errors: q_error_usage: not discrete, no such state. */
+Q_API q_number_t q_node_get_entered_finding(q_node_t node, size_t state);
+
+/** The weight of a state that the results take into account. errors: as above; q_error_not_compiled;
+ *  q_error_no_equilibrium: nothing propagated yet. */
+Q_API q_number_t q_node_get_propagated_finding(q_node_t node, size_t state);
+
+/** The observed state; -1 without evidence, -2 for a likelihood. errors (-1): q_error_usage: not discrete. */
+Q_API int64_t q_node_get_selected_state(q_node_t node);
+
+/** The same for the evidence that the results take into account. errors: as q_node_get_propagated_finding(). */
+Q_API int64_t q_node_get_propagated_state(q_node_t node);
+
+/** Whether evidence is entered on a node. errors: q_error_usage: a utility or a real-valued function. */
+Q_API q_boolean_t q_node_evidence_is_entered(q_node_t node);
+
+/** Whether the results take evidence on a node into account. errors: as above; q_error_not_compiled;
+ *  q_error_no_equilibrium. */
+Q_API q_boolean_t q_node_evidence_is_propagated(q_node_t node);
+
+/** Whether the evidence entered on a node differs from the propagated one. errors: q_error_usage: the node is in no
+ *  junction tree. */
+Q_API q_boolean_t q_node_evidence_to_propagate(q_node_t node);
+
+/** Whether evidence is entered on a node with a weight other than 0 and 1. */
+Q_API q_boolean_t q_node_likelihood_is_entered(q_node_t node);
+
+/** Whether the evidence entered on some node differs from the propagated one. errors: q_error_not_compiled. */
+Q_API q_boolean_t q_domain_evidence_to_propagate(q_domain_t domain);
+
+/** Whether the results take any evidence into account. errors: q_error_not_compiled. */
+Q_API q_boolean_t q_domain_evidence_is_propagated(q_domain_t domain);
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * Propagation and results
+ * --------------------------------------------------------------------------------------------------------------- */
+
+/**
+ * Brings the junction trees in line with the tables and the entered evidence, so that results can be read. A tree in
+ * which nothing changed costs nothing. Tables of nodes that are new or were touched are checked, and each distribution
+ * in them is divided by its sum, in place.
+ *
+ * So far equilibrium must be q_equilibrium_sum and mode q_mode_normal: anything else is q_error_usage.
+ *
+ * errors  q_error_usage; q_error_not_compiled; q_error_invalid_probability_potential: a table holds a negative,
+ *         infinite or NaN entry, or a distribution whose sum is not positive and finite;
+ *         q_error_inconsistency_or_underflow: the evidence is impossible, or too improbable for its tree;
+ *         q_error_overflow: likelihoods too large.
+ *         After a failure the tree concerned holds the results without evidence (with an invalid table: none), trees
+ *         before it are propagated and trees after it are as they were. Entered evidence is untouched.
+ */
+Q_API q_status_t q_domain_propagate(q_domain_t domain, q_equilibrium_t equilibrium, q_mode_t mode);
+
+/**
+ * Belief of one state, given the evidence of the last propagation.
+ *
+ * state   0 .. number of states - 1
+ * result  probability in [0, 1]; the beliefs of the states sum to 1
+ * errors  q_error_usage: not discrete, no such state; q_error_not_compiled; q_error_no_equilibrium: nothing propagated
+ *         yet
+ */
+Q_API q_number_t q_node_get_belief(q_node_t node, size_t state);
+
+/**
+ * Probability of the propagated evidence; with likelihoods, the expectation of the product of the weights. 1 without
+ * evidence, 0 where it is too small for a double: the logarithm is right there too.
+ *
+ * errors  q_error_not_compiled, q_error_no_equilibrium
+ */
+Q_API q_number_t q_domain_get_normalization_constant(q_domain_t domain);
+
+/** Natural logarithm of the normalisation constant. 1.0 on failure, with the same errors. */
+Q_API q_number_t q_domain_get_log_normalization_constant(q_domain_t domain);
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * Files
+ * --------------------------------------------------------------------------------------------------------------- */
+
+/**
+ * Reads a network in the NET language; docs/net-language.md describes what is understood so far.
+ *
+ * source   NET text when it begins with "net {", else the name of a file
+ * handler  called with each error and warning; may be null
+ * data     passed on to the handler
+ * result   a new domain for the caller to delete; null when anything but warnings was reported
+ * errors   q_error_io: the file cannot be opened, read or closed; q_error_parse: an error was reported; q_error_locale;
+ *          or the code of the operation on nodes that failed, as reported
+ */
+Q_API q_domain_t q_net_parse_domain(const char* source, q_parse_error_handler_t handler, void* data);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,86 @@
+// A domain: one network with its nodes and everything that belongs to it.
+#pragma once
+
+#include <array>
+#include <memory>
+
+#include "attributes.h"
+#include "log_file.h"
+#include "name_index.h"
+#include "quarn.h"
+
+namespace quarn {
+
+using domain = ::q_domain;
+using node = ::q_node;
+using table = ::q_table;
+
+// What compilation makes of a domain; the modules above derive from it. A domain without one is not compiled.
+struct compiled_state {
+    virtual ~compiled_state() = default;
+    // The table of a node has new values: results computed from the old ones must not be extended.
+    virtual void table_changed(const node& changed) noexcept = 0;
+};
+
+// The nodes of a domain by category and kind; these decide what may join it.
+struct node_counts {
+    std::size_t& of_category(q_category_t category) { return by_category[index(category)]; }
+    std::size_t of_category(q_category_t category) const { return by_category[index(category)]; }
+    std::size_t functions() const { return of_category(q_category_function); }
+    std::size_t decisions_and_utilities() const {
+        return of_category(q_category_decision) + of_category(q_category_utility);
+    }
+
+    std::size_t discrete = 0;
+    std::size_t continuous = 0;
+
+private:
+    static std::size_t index(q_category_t category) {
+        return static_cast<std::size_t>(category - q_category_function);
+    }
+    std::array<std::size_t, 5> by_category{};
+};
+
+}  // namespace quarn
+
+struct q_domain {
+    q_domain() = default;
+    ~q_domain();
+    q_domain(const q_domain&) = delete;
+    q_domain& operator=(const q_domain&) = delete;
+
+    // Appends a node in creation order; removes one. Keep the counts.
+    void link(q_node& added) noexcept;
+    void unlink(q_node& removed) noexcept;
+
+    // A fresh mark for a walk over the graph: no node carries it yet.
+    uint64_t new_mark() noexcept { return ++last_mark; }
+    // Drops everything that depends on the structure.
+    void uncompile() noexcept { compiled.reset(); }
+    // The numbers of the nodes in creation order, 1 .. node_count, brought up to date.
+    void number_nodes() noexcept;
+
+    q_node* oldest = nullptr;  // from there on through q_node::newer: creation order
+    q_node* newest = nullptr;
+    std::size_t node_count = 0;
+    bool numbers_are_current = true;
+    quarn::node_counts counts;
+    quarn::name_index names;
+    uint64_t last_mark = 0;
+
+    int32_t node_width = 0;
+    int32_t node_height = 0;
+    quarn::attribute_list attributes;
+    void* user_data = nullptr;
+    void (*user_data_cleanup)(q_domain_t) = nullptr;
+
+    quarn::log_file log;
+    std::unique_ptr<quarn::compiled_state> compiled;
+};
+
+namespace quarn {
+
+// Runs the clean-up callbacks and frees everything; fails with q_error_io, after that, when the log cannot be closed.
+void delete_domain(domain* deleted);
+
+}  // namespace quarn

@@ -1,0 +1,17 @@
+// Function nodes compute values from beliefs: tests that no belief then depends on such a value of itself, and no
+// decision problem on any.
+#pragma once
+
+#include "node.h"
+
+namespace quarn {
+
+// For a link from parent to child; a link from `replaced` to child counts as absent (when a parent is switched).
+// Fails with q_error_cyclic_functional_dependency or q_error_functional_dependency.
+void require_no_functional_dependency(node& parent, node& child, const node* replaced = nullptr);
+
+// For a domain that is to get its first decision or utility: whether any function node with a discrete or continuous
+// parent has a node with a kind among itself and its descendants.
+bool functions_influence_variables(domain& tested);
+
+}  // namespace quarn

@@ -1,0 +1,12 @@
+// Propagation: brings the tables of the junction trees in line with the nodes' tables and the entered evidence.
+#pragma once
+
+#include "junction_forest.h"
+
+namespace quarn {
+
+// Every tree in turn, those in which nothing changed excepted. Stops at the first failure, after which that tree is at
+// sum equilibrium without evidence (at none when its tables are invalid).
+void propagate(domain& compiled, q_equilibrium_t equilibrium, q_mode_t mode);
+
+}  // namespace quarn

@@ -1,0 +1,12 @@
+// The check of a node's table before it is used.
+#pragma once
+
+#include "node.h"
+
+namespace quarn {
+
+// Makes sure that the table of a discrete chance node is there and holds distributions: divides each by its sum, once
+// after every change. Fails with q_error_invalid_probability_potential, the table being left as it was.
+void validate_distributions(node& owner);
+
+}  // namespace quarn

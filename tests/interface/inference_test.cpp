@@ -1,0 +1,280 @@
+// Beliefs and the probability of the evidence, against enumeration of the joint distribution and closed forms.
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <quarn.h>
+
+#include "enumeration.h"
+#include "owned_domain.h"
+
+namespace {
+
+// The same network in the library and in the oracle.
+struct model {
+    explicit model(oracle::network reference_network)
+        : reference(std::move(reference_network)), domain(q_domain_new()) {
+        for (const oracle::variable& v : reference) {
+            q_node_t node = q_domain_new_node(domain.get(), q_category_chance, q_kind_discrete);
+            q_node_set_number_of_states(node, v.states);
+            for (std::size_t parent : v.parents) q_node_add_parent(node, nodes[parent]);
+            nodes.push_back(node);
+        }
+        for (std::size_t node = 0; node < nodes.size(); ++node) write_table(node);
+    }
+
+    void write_table(std::size_t node) {
+        std::copy(reference[node].table.begin(), reference[node].table.end(),
+                  q_table_get_data(q_node_get_table(nodes[node])));
+        q_node_touch_table(nodes[node]);
+    }
+
+    // A change of evidence in both, drawn at random.
+    void change_evidence(std::mt19937& random) {
+        const std::size_t node = random() % nodes.size();
+        oracle::variable& v = reference[node];
+        const std::size_t state = random() % v.states;
+        switch (random() % 4) {
+        case 0:
+            q_node_retract_findings(nodes[node]);
+            v.weights.clear();
+            break;
+        case 1:
+            q_node_select_state(nodes[node], state);
+            v.weights.assign(v.states, 0.0);
+            v.weights[state] = 1;
+            break;
+        default:
+            const double weight = random() % 5 == 0 ? 0 : std::exp2(static_cast<double>(random() % 21) - 10);
+            q_node_enter_finding(nodes[node], state, weight);
+            if (v.weights.empty()) v.weights.assign(v.states, 1.0);
+            v.weights[state] = weight;
+        }
+    }
+
+    void retract_everything() {
+        q_domain_retract_findings(domain.get());
+        for (oracle::variable& v : reference) v.weights.clear();
+    }
+
+    void expect_agreement() {
+        const oracle::answers expected = oracle::enumerate(reference);
+        const q_status_t status = q_domain_propagate(domain.get(), q_equilibrium_sum, q_mode_normal);
+        if (expected.probability == 0) {
+            EXPECT_EQ(status, q_error_inconsistency_or_underflow);
+            EXPECT_EQ(q_domain_evidence_is_propagated(domain.get()), 0u);
+            EXPECT_EQ(q_domain_get_log_normalization_constant(domain.get()), 0.0);
+            retract_everything();
+            return expect_agreement();
+        }
+        ASSERT_EQ(status, q_error_none);
+        EXPECT_EQ(q_domain_evidence_to_propagate(domain.get()), 0u);
+        EXPECT_NEAR(q_domain_get_normalization_constant(domain.get()) / expected.probability, 1, 1e-12);
+        EXPECT_NEAR(q_domain_get_log_normalization_constant(domain.get()), std::log(expected.probability),
+                    1e-11);
+        for (std::size_t node = 0; node < nodes.size(); ++node)
+            for (std::size_t state = 0; state < reference[node].states; ++state)
+                EXPECT_NEAR(q_node_get_belief(nodes[node], state), expected.beliefs[node][state], 1e-12)
+                    << "node " << node << ", state " << state;
+    }
+
+    oracle::network reference;
+    owned_domain domain;
+    std::vector<q_node_t> nodes;
+};
+
+TEST(Inference, AgreesWithEnumerationThroughChangesOfEvidenceAndTables) {
+    for (unsigned seed = 1; seed <= 150; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        std::mt19937 random(seed);
+        const bool with_zeros = seed % 2 == 0;
+        model tested(oracle::random_network(random, {1 + seed % 8, 4, 3, with_zeros}));
+        ASSERT_EQ(q_domain_compile(tested.domain.get()), q_error_none);
+        tested.expect_agreement();
+        for (int step = 0; step < 12; ++step) {
+            SCOPED_TRACE("step " + std::to_string(step));
+            for (std::size_t changes = random() % 3; changes > 0; --changes) tested.change_evidence(random);
+            if (random() % 6 == 0) {
+                const std::size_t node = random() % tested.nodes.size();
+                oracle::randomize_table(random, tested.reference, node, with_zeros);
+                tested.write_table(node);
+            }
+            tested.expect_agreement();
+            if (HasFatalFailure()) return;
+        }
+    }
+}
+
+TEST(Inference, FollowsChangesOfTheNetworkAfterRecompiling) {
+    std::mt19937 random(7);
+    model tested(oracle::random_network(random, {6, 3, 3, false}));
+    ASSERT_EQ(q_domain_compile(tested.domain.get()), q_error_none);
+    tested.expect_agreement();
+    // A node removed and put back: what the last parent of the last node with parents conditions on.
+    std::size_t child = tested.nodes.size() - 1;
+    while (tested.reference[child].parents.empty()) --child;
+    const std::size_t parent = tested.reference[child].parents.back();
+    q_node_remove_parent(tested.nodes[child], tested.nodes[parent]);
+    EXPECT_EQ(q_domain_is_compiled(tested.domain.get()), 0u);
+    tested.reference[child].parents.pop_back();
+    oracle::randomize_table(random, tested.reference, child, false);
+    tested.write_table(child);
+    ASSERT_EQ(q_domain_compile(tested.domain.get()), q_error_none);
+    tested.expect_agreement();
+}
+
+TEST(Inference, DividesDistributionsByTheirSums) {
+    owned_domain domain(q_domain_new());
+    q_node_t node = q_domain_new_node(domain.get(), q_category_chance, q_kind_discrete);
+    q_node_set_number_of_states(node, 3);
+    q_number_t* data = q_table_get_data(q_node_get_table(node));
+    data[0] = 2, data[1] = 1, data[2] = 5;
+    ASSERT_EQ(q_domain_compile(domain.get()), q_error_none);
+    ASSERT_EQ(q_domain_propagate(domain.get(), q_equilibrium_sum, q_mode_normal), q_error_none);
+    EXPECT_DOUBLE_EQ(q_node_get_belief(node, 2), 0.625);
+    EXPECT_DOUBLE_EQ(data[2], 0.625);
+}
+
+TEST(Inference, RefusesInvalidTablesUntilTheyAreMended) {
+    owned_domain domain(q_domain_new());
+    q_node_t a = q_domain_new_node(domain.get(), q_category_chance, q_kind_discrete);
+    q_node_t b = q_domain_new_node(domain.get(), q_category_chance, q_kind_discrete);
+    for (q_node_t node : {a, b}) q_node_set_number_of_states(node, 2);
+    q_node_add_parent(b, a);
+    q_number_t* data = q_table_get_data(q_node_get_table(b));
+    ASSERT_EQ(q_domain_compile(domain.get()), q_error_none);
+    const struct {
+        double second_row[2];
+        bool valid;
+    } rows[] = {{{0.5, -0.5}, false},        {{0, 0}, false}, {{NAN, 1}, false}, {{INFINITY, 1}, false},
+                {{1.6e308, 1.6e308}, false}, {{0, 3}, true}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.second_row[0]);
+        data[0] = 3, data[1] = 1;
+        data[2] = row.second_row[0], data[3] = row.second_row[1];
+        q_node_touch_table(b);
+        const q_status_t status = q_domain_propagate(domain.get(), q_equilibrium_sum, q_mode_normal);
+        EXPECT_EQ(status, row.valid ? q_error_none : q_error_invalid_probability_potential);
+        EXPECT_EQ(q_node_get_belief(b, 0), row.valid ? 0.375 : -1.0);
+        EXPECT_EQ(q_error_code(), row.valid ? q_error_none : q_error_no_equilibrium);
+        EXPECT_EQ(data[0], row.valid ? 0.75 : 3) << "a table that is refused stays as it was";
+    }
+}
+
+// A chain whose evidence is far below the smallest double: every node in state 0, P = 0.5 * 0.25^(n - 1).
+TEST(Inference, KeepsTheLogarithmOfVanishingProbabilities) {
+    constexpr std::size_t length = 5000;
+    owned_domain domain(q_domain_new());
+    q_node_t last = nullptr;
+    for (std::size_t i = 0; i < length; ++i) {
+        q_node_t node = q_domain_new_node(domain.get(), q_category_chance, q_kind_discrete);
+        q_node_set_number_of_states(node, 2);
+        if (last != nullptr) {
+            q_node_add_parent(node, last);
+            const double rows[] = {0.25, 0.75, 0.5, 0.5};
+            std::copy(rows, rows + 4, q_table_get_data(q_node_get_table(node)));
+        }
+        q_node_select_state(node, 0);
+        last = node;
+    }
+    ASSERT_EQ(q_domain_compile(domain.get()), q_error_none);
+    ASSERT_EQ(q_domain_propagate(domain.get(), q_equilibrium_sum, q_mode_normal), q_error_none);
+    const double expected = std::log(0.5) + static_cast<double>(length - 1) * std::log(0.25);
+    EXPECT_NEAR(q_domain_get_log_normalization_constant(domain.get()) / expected, 1, 1e-12);
+    EXPECT_EQ(q_domain_get_normalization_constant(domain.get()), 0.0);
+}
+
+// The chest clinic after Lauritzen & Spiegelhalter (1988), with numbers that can be worked out on paper.
+TEST(Inference, SolvesTheChestClinicReadFromAFile) {
+    owned_domain domain(q_net_parse_domain(QUARN_SOURCE_DIR "/examples/chest_clinic.net", nullptr, nullptr));
+    ASSERT_NE(domain, nullptr);
+    ASSERT_EQ(q_domain_compile(domain.get()), q_error_none);
+    ASSERT_EQ(q_domain_propagate(domain.get(), q_equilibrium_sum, q_mode_normal), q_error_none);
+    const auto belief = [&](const char* name) {
+        return q_node_get_belief(q_domain_get_node_by_name(domain.get(), name), 0);
+    };
+    const double tuberculosis = 0.01 * 0.05 + 0.99 * 0.01;
+    const double cancer = 0.5 * 0.1 + 0.5 * 0.01;
+    const double either = 1 - (1 - tuberculosis) * (1 - cancer);
+    EXPECT_NEAR(belief("tuberculosis"), tuberculosis, 1e-15);
+    EXPECT_NEAR(belief("cancer"), cancer, 1e-15);
+    EXPECT_NEAR(belief("either"), either, 1e-15);
+    EXPECT_NEAR(belief("xray"), 0.98 * either + 0.05 * (1 - either), 1e-15);
+    EXPECT_NEAR(belief("bronchitis"), 0.45, 1e-15);
+    EXPECT_NEAR(belief("dyspnoea"), 0.4359706, 1e-12);
+}
+
+TEST(Evidence, ClassifiesWhatIsEntered) {
+    owned_domain domain(q_domain_new());
+    q_node_t node = q_domain_new_node(domain.get(), q_category_chance, q_kind_discrete);
+    q_node_set_number_of_states(node, 3);
+    const struct {
+        std::size_t state;
+        double value;
+        int64_t index;
+        bool likelihood;
+    } steps[] = {
+        {0, 0, -2, false}, {1, 0, 2, false}, {0, 0.5, -2, true}, {0, 1, -2, false}, {1, 1, -1, false}};
+    for (const auto& step : steps) {
+        ASSERT_EQ(q_node_enter_finding(node, step.state, step.value), q_error_none);
+        EXPECT_EQ(q_node_get_selected_state(node), step.index) << step.state << ": " << step.value;
+        EXPECT_EQ(q_node_likelihood_is_entered(node), step.likelihood ? 1u : 0u);
+        EXPECT_EQ(q_node_get_entered_finding(node, step.state), step.value);
+    }
+    // A selected state stands for a vector of its own, from which the next weight goes on.
+    q_node_enter_finding(node, 0, 0.25);
+    q_node_select_state(node, 2);
+    EXPECT_EQ(q_node_get_entered_finding(node, 0), 0.0);
+    q_node_enter_finding(node, 1, 0.5);
+    EXPECT_EQ(q_node_get_entered_finding(node, 0), 0.0);
+    EXPECT_EQ(q_node_get_entered_finding(node, 2), 1.0);
+    EXPECT_EQ(q_node_get_selected_state(node), -2);
+    for (const double refused :
+         {-1.0, static_cast<double>(NAN), static_cast<double>(INFINITY), 1.7976931348623157e308})
+        EXPECT_EQ(q_node_enter_finding(node, 0, refused), q_error_usage);
+    EXPECT_EQ(q_node_enter_finding(node, 3, 1), q_error_usage);
+    EXPECT_EQ(q_node_select_state(node, 3), q_error_usage);
+}
+
+TEST(Evidence, IsNoneOnANodeOfOneState) {
+    owned_domain domain(q_domain_new());
+    q_node_t node = q_domain_new_node(domain.get(), q_category_chance, q_kind_discrete);
+    ASSERT_EQ(q_domain_compile(domain.get()), q_error_none);
+    ASSERT_EQ(q_domain_propagate(domain.get(), q_equilibrium_sum, q_mode_normal), q_error_none);
+    q_node_select_state(node, 0);
+    EXPECT_EQ(q_node_evidence_to_propagate(node), 0u);
+    q_node_enter_finding(node, 0, 0.5);
+    EXPECT_EQ(q_node_evidence_to_propagate(node), 1u);
+}
+
+TEST(Results, AreReadInTheRightOrderOnly) {
+    owned_domain domain(q_domain_new());
+    EXPECT_EQ(q_domain_compile(domain.get()), q_error_usage) << "nothing to compile";
+    q_node_t node = q_domain_new_node(domain.get(), q_category_chance, q_kind_discrete);
+    q_node_set_number_of_states(node, 2);
+    const auto expect_code = [&](q_error_t code) {
+        EXPECT_EQ(q_node_get_belief(node, 0), -1.0);
+        EXPECT_EQ(q_error_code(), code);
+        EXPECT_EQ(q_domain_get_normalization_constant(domain.get()), -1.0);
+        EXPECT_EQ(q_error_code(), code);
+        EXPECT_EQ(q_domain_get_log_normalization_constant(domain.get()), 1.0);
+        EXPECT_EQ(q_error_code(), code);
+        EXPECT_EQ(q_node_get_propagated_state(node), -1);
+        EXPECT_EQ(q_error_code(), code);
+    };
+    expect_code(q_error_not_compiled);
+    EXPECT_EQ(q_domain_propagate(domain.get(), q_equilibrium_sum, q_mode_normal), q_error_not_compiled);
+    ASSERT_EQ(q_domain_compile(domain.get()), q_error_none);
+    EXPECT_EQ(q_domain_compile(domain.get()), q_error_usage) << "compiled already";
+    expect_code(q_error_no_equilibrium);
+    EXPECT_EQ(q_domain_propagate(domain.get(), q_equilibrium_none, q_mode_normal), q_error_usage);
+    EXPECT_EQ(q_domain_propagate(domain.get(), q_equilibrium_sum, 22), q_error_usage);
+    ASSERT_EQ(q_domain_propagate(domain.get(), q_equilibrium_sum, q_mode_normal), q_error_none);
+    EXPECT_EQ(q_node_get_belief(node, 1), 0.5);
+    EXPECT_EQ(q_node_get_belief(node, 2), -1.0);
+    EXPECT_EQ(q_error_code(), q_error_usage);
+}
+
+}  // namespace

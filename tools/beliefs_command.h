@@ -1,0 +1,23 @@
+// quarn beliefs MODEL.net [--evidence NODE=STATE ...] [--json]
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <CLI/App.hpp>
+
+namespace tool {
+
+struct beliefs_options {
+    std::string model;
+    std::vector<std::string> evidence;
+    bool json = false;
+};
+
+// Adds the command to the tool's; `options` takes what is parsed.
+CLI::App* add_beliefs_command(CLI::App& commands, beliefs_options& options);
+
+// What the command prints.
+std::string run_beliefs(const beliefs_options& options);
+
+}  // namespace tool

@@ -1,0 +1,73 @@
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+#include "beliefs.h"
+
+namespace tool {
+namespace {
+
+// Six significant digits, in any locale.
+std::string format_number(double value) {
+    std::array<char, 32> text{};
+    const auto result =
+        std::to_chars(text.data(), text.data() + text.size(), value + 0.0, std::chars_format::general, 6);
+    return {text.data(), result.ptr};
+}
+
+// A text from the model, without what could control a terminal.
+std::string printable(std::string text) {
+    std::ranges::replace_if(
+        text, [](unsigned char c) { return c < ' ' || c == 127; }, '?');
+    return text;
+}
+
+// Columns that UTF-8 text takes, roughly: its characters, not its bytes.
+size_t width_of(const std::string& text) {
+    return static_cast<size_t>(
+        std::ranges::count_if(text, [](unsigned char c) { return (c & 0xC0U) != 0x80U; }));
+}
+
+std::string padded(std::string text, size_t width) {
+    const size_t present = width_of(text);
+    if (present < width) text.append(width - present, ' ');
+    return text;
+}
+
+size_t widest_state(const model_beliefs& shown) {
+    size_t widest = 0;
+    for (const node_beliefs& node : shown.nodes)
+        for (const std::string& state : node.states) widest = std::max(widest, width_of(state));
+    return widest;
+}
+
+std::string heading(const node_beliefs& node) {
+    std::string text = node.node;
+    if (!node.label.empty() && node.label != node.node) text += " (" + printable(node.label) + ")";
+    if (!node.observed.empty()) text += "  [evidence: " + printable(node.observed) + "]";
+    if (!node.weights.empty()) {
+        text += "  [evidence:";
+        for (const double weight : node.weights) text += " " + format_number(weight);
+        text += "]";
+    }
+    return text + "\n";
+}
+
+}  // namespace
+
+std::string beliefs_as_text(const model_beliefs& shown) {
+    const size_t width = widest_state(shown) + 2;
+    std::string text;
+    for (const node_beliefs& node : shown.nodes) {
+        text += heading(node);
+        for (size_t state = 0; state < node.states.size(); ++state)
+            text += "  " + padded(printable(node.states[state]), width) + format_number(node.beliefs[state]) +
+                    "\n";
+        text += "\n";
+    }
+    text += "P(evidence)      " + format_number(shown.p) + "\n";
+    text += "log P(evidence)  " + format_number(shown.log_p) + "\n";
+    return text;
+}
+
+}  // namespace tool

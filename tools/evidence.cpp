@@ -1,0 +1,112 @@
+#include "evidence.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <set>
+#include <string_view>
+
+#include "tool_failure.h"
+
+namespace tool {
+namespace {
+
+// WEIGHT { (blanks | ',') WEIGHT }, without the parentheses around it.
+std::vector<double> parse_weights(std::string_view list, const std::string& argument) {
+    constexpr std::string_view separators = " \t,";
+    std::vector<double> weights;
+    for (;;) {
+        list.remove_prefix(std::min(list.find_first_not_of(separators), list.size()));
+        if (list.empty()) break;
+        double weight = 0;
+        const auto [end, problem] = std::from_chars(list.data(), list.data() + list.size(), weight);
+        if (problem != std::errc() || !std::isfinite(weight) || weight < 0)
+            throw usage_failure(argument + ": weights must be nonnegative numbers");
+        weights.push_back(weight);
+        list.remove_prefix(static_cast<size_t>(end - list.data()));
+    }
+    if (weights.empty()) throw usage_failure(argument + ": weights are missing");
+    return weights;
+}
+
+evidence parse_argument(const std::string& argument) {
+    const size_t equals = argument.find('=');
+    if (equals == std::string::npos || equals == 0 || equals + 1 == argument.size())
+        throw usage_failure(argument + ": evidence is written NODE=STATE");
+    evidence parsed{argument.substr(0, equals), argument.substr(equals + 1), {}};
+    const std::string_view state = parsed.state;
+    if (state.starts_with('(') && state.ends_with(')'))
+        parsed.weights = parse_weights(state.substr(1, state.size() - 2), argument);
+    return parsed;
+}
+
+std::string list_states(q_node_t node) {
+    std::string list;
+    for (size_t state = 0; state < q_node_get_number_of_states(node); ++state) {
+        list += (state == 0 ? "#" : ", #") + std::to_string(state);
+        if (const std::string label = q_node_get_state_label(node, state); !label.empty())
+            list += " " + label;
+    }
+    return list;
+}
+
+[[noreturn]] void fail_for_node(const model& target, q_node_t node, const std::string& problem) {
+    throw command_failure(target.file() + ": node " + q_node_get_name(node) + " " + problem +
+                          "; its states are " + list_states(node));
+}
+
+// The index in '#INDEX'; -1 for anything else.
+int64_t state_from_index(std::string_view text) {
+    int64_t index = -1;
+    if (!text.starts_with('#') || text.find_first_not_of("0123456789", 1) != std::string_view::npos)
+        return -1;
+    std::from_chars(text.data() + 1, text.data() + text.size(), index);
+    return index;
+}
+
+bool has_label(q_node_t node, const std::string& label) {
+    for (size_t state = 0; state < q_node_get_number_of_states(node); ++state)
+        if (q_node_get_state_label(node, state) == label) return true;
+    return false;
+}
+
+size_t find_state(const model& target, q_node_t node, const std::string& text) {
+    int64_t state = state_from_index(text);
+    if (state < 0) state = q_node_get_state_index_from_label(node, text.c_str());
+    if (state < 0 && has_label(node, text)) fail_for_node(target, node, "has several states called " + text);
+    if (state < 0 || static_cast<size_t>(state) >= q_node_get_number_of_states(node))
+        fail_for_node(target, node, "has no state " + text);
+    return static_cast<size_t>(state);
+}
+
+void enter_weights(const model& target, q_node_t node, const std::vector<double>& weights) {
+    const size_t count = q_node_get_number_of_states(node);
+    if (weights.size() != count)
+        fail_for_node(target, node,
+                      "needs " + std::to_string(count) + " weights, not " + std::to_string(weights.size()));
+    for (size_t state = 0; state < count; ++state)
+        if (q_node_enter_finding(node, state, weights[state]) != q_error_none)
+            fail_with_library_error(target.file());
+}
+
+}  // namespace
+
+std::vector<evidence> parse_evidence(const std::vector<std::string>& arguments) {
+    std::vector<evidence> parsed;
+    std::set<std::string> nodes;
+    for (const std::string& argument : arguments) {
+        parsed.push_back(parse_argument(argument));
+        if (!nodes.insert(parsed.back().node).second)
+            throw usage_failure(argument + ": evidence on this node is given twice");
+    }
+    return parsed;
+}
+
+void enter_evidence(const model& target, const evidence& entered) {
+    const q_node_t node = target.node_called(entered.node);
+    if (!entered.weights.empty()) return enter_weights(target, node, entered.weights);
+    if (q_node_select_state(node, find_state(target, node, entered.state)) != q_error_none)
+        fail_with_library_error(target.file());
+}
+
+}  // namespace tool

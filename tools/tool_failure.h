@@ -1,0 +1,24 @@
+// How commands fail.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace tool {
+
+// The command cannot be done; nothing is printed for an empty message: all has been said.
+class command_failure : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// The command line is wrong, whatever the model.
+class usage_failure : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// Fails with what the library's last error means to a user.
+[[noreturn]] void fail_with_library_error(const std::string& subject);
+
+}  // namespace tool
