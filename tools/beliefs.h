@@ -10,11 +10,12 @@ namespace tool {
 
 struct node_beliefs {
     std::string node;
-    std::string label;  // empty: none
-    std::vector<std::string> states;
-    std::vector<double> beliefs;  // one for each state
-    std::string observed;         // the state; empty: none
-    std::vector<double> weights;  // of a likelihood, one for each state; empty: none
+    std::string label;                // empty: none
+    std::vector<std::string> states;  // their names on the command line
+    std::vector<std::string> labels;  // one for each state
+    std::vector<double> beliefs;      // one for each state
+    std::string observed;             // the state; empty: none
+    std::vector<double> weights;      // of a likelihood, one for each state; empty: none
 };
 
 struct model_beliefs {

@@ -7,9 +7,9 @@
 
 namespace tool {
 
-CLI::App* add_beliefs_command(CLI::App& commands, beliefs_options& options) {
+void add_beliefs_command(CLI::App& commands, beliefs_options& options) {
     CLI::App* command = commands.add_subcommand("beliefs", "Print the beliefs of all nodes given evidence");
-    command->add_option("MODEL", options.model, "Network in the NET language")->required()->type_name("FILE");
+    command->add_option("MODEL", options.model, "Network in the NET language")->required();
     command
         ->add_option("-e,--evidence", options.evidence,
                      "A state by its label or as #INDEX (from 0), or a likelihood as (WEIGHT WEIGHT ...)")
@@ -17,7 +17,6 @@ CLI::App* add_beliefs_command(CLI::App& commands, beliefs_options& options) {
     command->add_flag("--json", options.json, "Print JSON, with numbers in full precision");
     command->footer("Example:\n"
                     "  quarn beliefs chest_clinic.net --evidence asia=yes 'xray=(0.9 0.2)'");
-    return command;
 }
 
 std::string run_beliefs(const beliefs_options& options) {

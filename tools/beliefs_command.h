@@ -15,7 +15,7 @@ struct beliefs_options {
 };
 
 // Adds the command to the tool's; `options` takes what is parsed.
-CLI::App* add_beliefs_command(CLI::App& commands, beliefs_options& options);
+void add_beliefs_command(CLI::App& commands, beliefs_options& options);
 
 // What the command prints.
 std::string run_beliefs(const beliefs_options& options);

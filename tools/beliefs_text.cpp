@@ -34,10 +34,18 @@ std::string padded(std::string text, size_t width) {
     return text;
 }
 
-size_t widest_state(const model_beliefs& shown) {
+// A state that goes by its index is shown with its label all the same.
+std::string title(const node_beliefs& node, size_t state) {
+    const std::string& name = node.states[state];
+    const std::string& label = node.labels[state];
+    return printable(label.empty() || label == name ? name : name + " " + label);
+}
+
+size_t widest_title(const model_beliefs& shown) {
     size_t widest = 0;
     for (const node_beliefs& node : shown.nodes)
-        for (const std::string& state : node.states) widest = std::max(widest, width_of(state));
+        for (size_t state = 0; state < node.states.size(); ++state)
+            widest = std::max(widest, width_of(title(node, state)));
     return widest;
 }
 
@@ -56,13 +64,12 @@ std::string heading(const node_beliefs& node) {
 }  // namespace
 
 std::string beliefs_as_text(const model_beliefs& shown) {
-    const size_t width = widest_state(shown) + 2;
+    const size_t width = widest_title(shown) + 2;
     std::string text;
     for (const node_beliefs& node : shown.nodes) {
         text += heading(node);
         for (size_t state = 0; state < node.states.size(); ++state)
-            text += "  " + padded(printable(node.states[state]), width) + format_number(node.beliefs[state]) +
-                    "\n";
+            text += "  " + padded(title(node, state), width) + format_number(node.beliefs[state]) + "\n";
         text += "\n";
     }
     text += "P(evidence)      " + format_number(shown.p) + "\n";

@@ -52,8 +52,10 @@ void model::compute() {
 }
 
 std::string state_name(q_node_t node, size_t state) {
-    const char* label = q_node_get_state_label(node, state);
-    return q_node_get_state_index_from_label(node, label) >= 0 ? label : "#" + std::to_string(state);
+    const std::string label = q_node_get_state_label(node, state);
+    const bool is_unique = q_node_get_state_index_from_label(node, label.c_str()) >= 0;
+    const bool looks_otherwise = label.starts_with('#') || label.starts_with('(');
+    return is_unique && !looks_otherwise ? label : "#" + std::to_string(state);
 }
 
 }  // namespace tool

@@ -35,7 +35,7 @@ private:
     std::vector<q_node_t> nodes_;
 };
 
-// What selects a state on the command line: its label when no other state has it, else '#' and its index.
+// What selects a state on the command line: its label where that is taken for it alone, else '#' and its index.
 std::string state_name(q_node_t node, size_t state);
 
 }  // namespace tool

@@ -25,7 +25,7 @@ public:
     }
     bool contains(const T* item) const noexcept { return index_of(item) < size(); }
 
-    // Room for that many items; after it append() and insert_front() cannot fail until they are there.
+    // Room for that many items; until they are there append() and insert() cannot fail.
     void reserve(std::size_t count) {
         if (count + 1 > items_.capacity()) items_.reserve(std::max(count + 1, 2 * items_.capacity()));
     }

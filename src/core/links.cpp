@@ -51,10 +51,6 @@ bool is_interchangeable(const node& a, const node& b) noexcept {
     return a.category == b.category && a.kind == b.kind && (!a.is_discrete() || same_states(a, b));
 }
 
-void uncompile_after_unlinking(node& child, const node& parent) noexcept {
-    if (!child.is_function() && parent.has_kind()) child.domain->uncompile();
-}
-
 }  // namespace
 
 void add_parent(node& child, node& parent) {
@@ -73,9 +69,10 @@ void add_parent(node& child, node& parent) {
 
 void forget_parent(node& child, node& parent, std::size_t kept_state) noexcept {
     child.parents.remove(&parent);
+    if (child.is_function() || !parent.has_kind()) return;  // no table has the parent
     for_each_table_of(child, [&](table& affected) { remove_node(affected, parent, kept_state); });
     child.table_changed();
-    uncompile_after_unlinking(child, parent);
+    child.domain->uncompile();
 }
 
 void remove_parent(node& child, node& parent, std::size_t kept_state) {

@@ -30,12 +30,6 @@ double checked_sum(const number_array& numbers) {
     return sum;
 }
 
-void normalize(junction_tree& tree, number_array& numbers, double sum) noexcept {
-    scale(numbers.data(), numbers.size(), 1 / sum);
-    tree.normalization *= sum;
-    tree.log_normalization += std::log(sum);
-}
-
 class tree_propagation {
 public:
     tree_propagation(junction_forest& forest, junction_tree& tree) : forest_(forest), tree_(tree) {}
@@ -46,9 +40,11 @@ public:
         if (with_evidence) take_evidence();
         fill_cliques();
         collect();
-        normalize(tree_, tree_.root->table, checked_sum(tree_.root->table));
+        scale(tree_.root->table.data(), tree_.root->table.size(),
+              1 / count_in(checked_sum(tree_.root->table)));
         distribute();
         update_beliefs();
+        if (!tree_.evidence_is_propagated) forget_rounding();
         tree_.tables_changed = false;
         tree_.equilibrium = q_equilibrium_sum;
     }
@@ -88,24 +84,40 @@ private:
         multiply(observed.in_best, observed.best->table.data(), weights);
     }
 
+    // Takes a sum that was divided by into the probability of the evidence.
+    double count_in(double sum) noexcept {
+        tree_.normalization *= sum;
+        tree_.log_normalization += std::log(sum);
+        return sum;
+    }
+
+    // The message that goes on is divided by its sum; the separator keeps the marginal itself, to divide by later.
     void collect() {
+        double* const scaled = forest_.scratch.data();
         for (auto next = tree_.separators.rbegin(); next != tree_.separators.rend(); ++next) {
             separator& to_parent = **next;
-            number_array& message = to_parent.table;
-            sum_marginal(to_parent.in_child, to_parent.child->table.data(), message.data(), message.size());
-            normalize(tree_, message, checked_sum(message));
-            multiply(to_parent.in_parent, to_parent.parent->table.data(), message.data());
+            number_array& marginal = to_parent.table;
+            sum_marginal(to_parent.in_child, to_parent.child->table.data(), marginal.data(), marginal.size());
+            const double factor = 1 / count_in(checked_sum(marginal));
+            std::ranges::transform(marginal, scaled, [&](double p) { return p * factor; });
+            multiply(to_parent.in_parent, to_parent.parent->table.data(), scaled);
         }
+    }
+
+    // Without evidence the probability is 1 by definition.
+    void forget_rounding() noexcept {
+        tree_.normalization = 1;
+        tree_.log_normalization = 0;
     }
 
     void distribute() noexcept {
         double* const marginal = forest_.scratch.data();
         for (separator* to_child : tree_.separators) {
-            number_array& message = to_child->table;
-            sum_marginal(to_child->in_parent, to_child->parent->table.data(), marginal, message.size());
-            ratio(message.data(), marginal, message.size());
-            multiply(to_child->in_child, to_child->child->table.data(), message.data());
-            std::copy_n(marginal, message.size(), message.data());
+            number_array& old = to_child->table;
+            sum_marginal(to_child->in_parent, to_child->parent->table.data(), marginal, old.size());
+            ratio(old.data(), marginal, old.size());
+            multiply(to_child->in_child, to_child->child->table.data(), old.data());
+            std::copy_n(marginal, old.size(), old.data());
         }
     }
 

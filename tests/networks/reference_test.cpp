@@ -82,7 +82,7 @@ INSTANTIATE_TEST_SUITE_P(Networks, Reference,
                          testing::Values("asia", "cancer", "earthquake", "survey", "sachs", "child",
                                          "insurance", "water", "mildew", "alarm", "barley", "hailfinder",
                                          "win95pts", "pigs"),
-                         [](const auto& info) { return std::string(info.param); });
+                         [](const auto& network) { return std::string(network.param); });
 
 // Its tables take 1.5 GB.
 TEST(ReferenceLarge, AnswersHoldForMunin1) { check_network("munin1"); }

@@ -1,0 +1,16 @@
+// The trace of a compilation in the log of its domain.
+#pragma once
+
+#include <memory>
+#include <span>
+
+#include "junction_forest.h"
+
+namespace quarn {
+
+void log_time(log_file& log);
+void log_cliques(log_file& log, std::span<const std::unique_ptr<clique>> cliques);
+void log_root(log_file& log, const clique& root);
+void log_separator(log_file& log, const separator& made);
+
+}  // namespace quarn

@@ -1,0 +1,56 @@
+#include "net_source.h"
+
+#include <cstdio>
+#include <string>
+
+#include "log_file.h"
+#include "net_lexer.h"
+#include "net_parser.h"
+
+namespace quarn {
+namespace {
+
+struct stream_closer {
+    void operator()(std::FILE* stream) const noexcept { std::fclose(stream); }
+};
+
+std::string read_file(const char* path) {
+    std::unique_ptr<std::FILE, stream_closer> stream(open_file(path, "rb"));
+    std::string contents;
+    std::size_t size = 0;
+    do {
+        contents.resize(size + size / 2 + 65536);
+        size += std::fread(contents.data() + size, 1, contents.size() - size, stream.get());
+    } while (size == contents.size());
+    contents.resize(size);
+    require(std::ferror(stream.get()) == 0, q_error_io);
+    require(std::fclose(stream.release()) == 0, q_error_io);
+    return contents;
+}
+
+bool begins_as_network(net_lexer& lexer) {
+    if (lexer.next() != token_name) return false;
+    if (lexer.text() == "class") return lexer.next() == token_name && lexer.next() == '{';
+    return lexer.text() == "net" && lexer.next() == '{';
+}
+
+// Text that begins with `net {` or `class NAME {`; anything else names a file.
+bool is_net_text(const char* source) {
+    parse_reports unheard(nullptr, nullptr);
+    net_lexer lexer(source, position_unit::character, unheard);
+    try {
+        return begins_as_network(lexer);
+    } catch (const reported_failure& failed) {
+        require(failed.code() == q_error_parse, failed.code());
+        return false;
+    }
+}
+
+}  // namespace
+
+std::unique_ptr<domain> read_net(const char* source, parse_reports& reports) {
+    if (is_net_text(source)) return parse_net(source, position_unit::character, reports);
+    return parse_net(read_file(source), position_unit::line, reports);
+}
+
+}  // namespace quarn
