@@ -148,7 +148,16 @@ private:
         }
     }
 
+    // Each table alone may fit where all together do not.
+    void refuse_total() const {
+        std::size_t entries = belief_count_;
+        for (const auto& made : forest_->cliques) entries = saturating_sum(entries, made->size);
+        for (const auto& made : forest_->separators) entries = saturating_sum(entries, made->size);
+        require(saturating_product(entries, sizeof(double)) <= machine_memory(), q_error_no_memory);
+    }
+
     void allocate_tables() {
+        refuse_total();
         std::size_t largest = 0;
         for (const auto& made : forest_->cliques) made->table = number_array(made->size);
         for (const auto& made : forest_->separators) {

@@ -3,10 +3,18 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <unistd.h>
 
 #include "sizes.h"
 
 namespace quarn {
+
+std::size_t machine_memory() noexcept {
+    const long pages = sysconf(_SC_PHYS_PAGES);
+    const long page_size = sysconf(_SC_PAGESIZE);
+    if (pages < 0 || page_size < 0) return largest_size;
+    return saturating_product(static_cast<std::size_t>(pages), static_cast<std::size_t>(page_size));
+}
 
 void* allocate(std::size_t size) {
     if (size == largest_size) throw std::bad_alloc();
@@ -50,7 +58,9 @@ constexpr std::align_val_t array_alignment{number_array::alignment};
 
 number_array::number_array(std::size_t count) {
     const std::size_t bytes = saturating_product(count, sizeof(double));
-    if (bytes == largest_size) throw std::bad_alloc();
+    constexpr std::size_t worth_checking = std::size_t{1} << 30;
+    if (bytes == largest_size || (bytes >= worth_checking && bytes > machine_memory()))
+        throw std::bad_alloc();
     if (count > 0) data_ = static_cast<double*>(::operator new(bytes, array_alignment));
     size_ = count;
 }

@@ -13,6 +13,10 @@ namespace quarn {
 // The size that no request can have; stands for sizes that were too large to compute.
 constexpr std::size_t largest_size = static_cast<std::size_t>(-1);
 
+// The bytes of memory that this machine has. The system may promise more than that and fail only when it is written to,
+// so whoever asks for much checks first.
+std::size_t machine_memory() noexcept;
+
 // Memory for the caller to release(). Fails with std::bad_alloc, for the largest size without asking the system.
 void* allocate(std::size_t size);
 // The block's first old_size bytes in a block of another size; when it fails the old block is as it was.
@@ -29,7 +33,8 @@ struct releaser {
 using text = std::unique_ptr<char[], releaser>;
 text duplicate_string(const char* source);
 
-// An owned array of doubles, aligned to a cache line. Its contents are not initialised.
+// An owned array of doubles, aligned to a cache line. Its contents are not initialised. One that this machine cannot hold
+// fails with std::bad_alloc.
 class number_array {
 public:
     static constexpr std::size_t alignment = 64;

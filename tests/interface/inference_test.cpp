@@ -169,6 +169,25 @@ TEST(Inference, RefusesInvalidTablesUntilTheyAreMended) {
     }
 }
 
+TEST(Compilation, RefusesWhatTheMachineCannotHold) {
+    const struct {
+        std::size_t states;
+        q_error_t code;
+    } cases[] = {{std::size_t{1} << 23, q_error_no_memory}, {std::size_t{1} << 33, q_error_size_too_large}};
+    for (const auto& size : cases) {
+        owned_domain domain(q_domain_new());
+        q_node_t parent = q_domain_new_node(domain.get(), q_category_chance, q_kind_discrete);
+        q_node_t child = q_domain_new_node(domain.get(), q_category_chance, q_kind_discrete);
+        for (q_node_t node : {parent, child}) q_node_set_number_of_states(node, size.states);
+        q_node_add_parent(child, parent);
+        EXPECT_EQ(q_domain_compile(domain.get()), size.code);
+        EXPECT_EQ(q_domain_is_compiled(domain.get()), 0u);
+        q_node_remove_parent(child, parent);
+        for (q_node_t node : {parent, child}) q_node_set_number_of_states(node, 2);
+        EXPECT_EQ(q_domain_compile(domain.get()), q_error_none);
+    }
+}
+
 // A chain whose evidence is far below the smallest double: every node in state 0, P = 0.5 * 0.25^(n - 1).
 TEST(Inference, KeepsTheLogarithmOfVanishingProbabilities) {
     constexpr std::size_t length = 5000;
