@@ -22,7 +22,8 @@ q_domain_t sparse_network(std::size_t count) {
             if (q_node_add_parent(node, nodes[i - 1 - random() % nearest]) == q_error_none) --parents;
         q_table_t table = q_node_get_table(node);
         q_number_t* data = q_table_get_data(table);
-        for (std::size_t entry = 0; entry < q_table_get_size(table); ++entry) data[entry] = static_cast<double>(1 + random() % 9);
+        for (std::size_t entry = 0; entry < q_table_get_size(table); ++entry)
+            data[entry] = static_cast<double>(1 + random() % 9);
         nodes.push_back(node);
     }
     return domain;

@@ -34,6 +34,7 @@
  * Threads   A domain and all that is in it must be used by one thread at a time; different domains are independent.
  *           Reading or writing text switches the process to the "C" locale for that time when the host has set
  *           another one: such a host must not do so in two threads at once.
+ *           A thread must not be cancelled (pthread_cancel) while it is in the library.
  * Silence   Nothing is ever printed to the standard streams, and the library never exits or aborts.
  */
 #ifndef QUARN_H
@@ -182,7 +183,8 @@ Q_API q_status_t q_domain_delete(q_domain_t domain);
 Q_API q_status_t q_domain_set_log_file(q_domain_t domain, const char* path, int append);
 
 /**
- * Creates a node, unnamed and without links, with subtype label; a discrete one has one state.
+ * Creates a node, unnamed and without links, with subtype label; a discrete one has one state. Uncompiles the domain
+ * unless the node is a real-valued function.
  *
  * category  chance or decision (kind discrete or continuous), utility (the kind is not looked at), or function (kind
  *           discrete, or other for a real-valued function)
@@ -272,7 +274,7 @@ Q_API q_status_t q_node_set_subtype(q_node_t node, q_subtype_t subtype);
 /**
  * Names a node: a C identifier, or several joined by dots.
  *
- * errors  q_error_twice: another node of the domain has the name; q_error_invalid_name; q_error_locale
+ * errors  q_error_twice: another node of the domain has the name; q_error_invalid_name
  */
 Q_API q_status_t q_node_set_name(q_node_t node, const char* name);
 
@@ -299,8 +301,8 @@ Q_API q_status_t q_node_get_position(q_node_t node, int32_t* x, int32_t* y);
  * an added state takes a copy of the entries of state 0, a removed one takes its entries with it. A selected state
  * that still exists stays selected, all other evidence on the node is retracted. Uncompiles the domain.
  *
- * count   at least 1
- * errors  q_error_usage: not discrete, count 0, or a boolean node (unless it is the present count);
+ * count   1 .. 2^63 - 1
+ * errors  q_error_usage: not discrete, count out of range, or a boolean node (unless it is the present count);
  *         q_error_no_memory: some table would not fit
  */
 Q_API q_status_t q_node_set_number_of_states(q_node_t node, size_t count);
@@ -326,7 +328,8 @@ Q_API q_status_t q_node_set_state_value(q_node_t node, size_t index, q_number_t 
 /** A value set by q_node_set_state_value(). errors: as there, and q_error_usage when no value was ever set. */
 Q_API q_number_t q_node_get_state_value(q_node_t node, size_t index);
 
-/** The one state with that label; -1 with q_error_none when none or several have it, or it is empty. */
+/** The one state with that label; -1 with q_error_none when none or several have it, or it is empty. errors:
+ *  q_error_usage: not discrete. */
 Q_API int64_t q_node_get_state_index_from_label(q_node_t node, const char* label);
 
 /**
@@ -334,8 +337,8 @@ Q_API int64_t q_node_get_state_index_from_label(q_node_t node, const char* label
  * A numbered node: the first state whose value differs by at most 1e-6 times the number. An interval node: the
  * interval that contains it, closed below and open above, the last one closed; infinite bounds hold everything.
  *
- * errors  q_error_usage: neither numbered nor interval; values that were never set, do not increase, or are infinite
- *         elsewhere than at the ends of an interval node
+ * errors  q_error_usage: neither numbered nor interval; values that were never set, do not increase (two neighbouring
+ *         bounds may be equal, three not), or are infinite elsewhere than at the ends of an interval node
  */
 Q_API int64_t q_node_get_state_index_from_value(q_node_t node, q_number_t value);
 
@@ -363,7 +366,8 @@ Q_API q_status_t q_node_add_parent(q_node_t child, q_node_t parent);
 /** Removes a link; the child's tables keep what they hold for state 0 of a discrete parent. errors: q_error_usage. */
 Q_API q_status_t q_node_remove_parent(q_node_t child, q_node_t parent);
 
-/** Removes the link from a discrete parent; the child's tables keep what they hold for that state of it. */
+/** Removes the link from a discrete parent; the child's tables keep what they hold for that state of it.
+ *  errors: q_error_usage: not a parent, not discrete, no such state. */
 Q_API q_status_t q_node_remove_parent_keep_state(q_node_t child, q_node_t parent, size_t state);
 
 /**
@@ -388,7 +392,8 @@ Q_API const q_node_t* q_node_get_descendants(q_node_t node);
 
 /**
  * A new node like this one: category, kind, label, attributes, position, states, table, and the same parents; but no
- * name, children, evidence, user data, experience or fading table. Uncompiles the domain.
+ * name, children, evidence, user data, experience or fading table. Uncompiles the domain unless it is a real-valued
+ * function.
  */
 Q_API q_node_t q_node_clone(q_node_t node);
 
@@ -480,7 +485,8 @@ Q_API size_t q_table_get_cg_size(q_table_t table);
  * The mean of a continuous node in one configuration.
  *
  * errors  q_error_usage: configuration out of range, not a continuous node of the table, the table holds no
- *         distribution of it, or it holds conditional distributions (of a node given continuous parents)
+ *         distribution of it, or it holds conditional distributions (of a node given continuous parents);
+ *         q_error_size_too_large
  */
 Q_API q_number_t q_table_get_mean(q_table_t table, size_t configuration, q_node_t node);
 

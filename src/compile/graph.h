@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace quarn {
@@ -22,12 +23,7 @@ struct graph {
     std::vector<vertex_domain> domains;  // one for each vertex
 };
 
-struct edge {
-    vertex first;  // the smaller one
-    vertex second;
-
-    auto operator<=>(const edge&) const = default;
-};
+using edge = std::pair<vertex, vertex>;  // the smaller one first
 
 // Whether all vertices are linked to each other.
 bool is_complete(const graph& tested) noexcept;

@@ -59,7 +59,9 @@ constexpr std::align_val_t array_alignment{number_array::alignment};
 number_array::number_array(std::size_t count) {
     const std::size_t bytes = saturating_product(count, sizeof(double));
     constexpr std::size_t worth_checking = std::size_t{1} << 30;
-    if (bytes == largest_size || (bytes >= worth_checking && bytes > machine_memory()))
+    constexpr std::size_t largest_array =
+        largest_size / 2;  // beyond it rounding up to the alignment could wrap
+    if (bytes > largest_array || (bytes >= worth_checking && bytes > machine_memory()))
         throw std::bad_alloc();
     if (count > 0) data_ = static_cast<double*>(::operator new(bytes, array_alignment));
     size_ = count;

@@ -9,7 +9,7 @@ namespace quarn {
 const node_list& ancestors(node& start);
 const node_list& descendants(node& start);
 
-// Whether a link would close a directed cycle.
+// Whether a link between two nodes would close a directed cycle.
 bool link_closes_cycle(node& child, node& parent);
 
 }  // namespace quarn

@@ -19,7 +19,9 @@ Result api_call(Result failed, std::initializer_list<const void*> required, Body
     set_error(std::ranges::count(required, nullptr) > 0 ? q_error_usage : q_error_none);
     if (last_error() != q_error_none) return failed;
     try {
-        return body();
+        const Result result = body();
+        set_error(q_error_none);  // a callback of the caller's may have made calls that failed
+        return result;
     } catch (...) {
         set_error(code_of_current_exception());
     }

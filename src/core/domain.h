@@ -31,10 +31,22 @@ struct node_counts {
         return of_category(q_category_decision) + of_category(q_category_utility);
     }
 
+    // Links are counted when a function node informs a node that is none.
+    void add_link(q_category_t parent, q_category_t child) {
+        if (informs(parent, child)) ++function_links;
+    }
+    void remove_link(q_category_t parent, q_category_t child) {
+        if (informs(parent, child)) --function_links;
+    }
+
     std::size_t discrete = 0;
     std::size_t continuous = 0;
+    std::size_t function_links = 0;
 
 private:
+    static bool informs(q_category_t parent, q_category_t child) {
+        return parent == q_category_function && child != q_category_function;
+    }
     static std::size_t index(q_category_t category) {
         return static_cast<std::size_t>(category - q_category_function);
     }

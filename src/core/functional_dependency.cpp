@@ -102,6 +102,9 @@ void require_no_functional_dependency(node& parent, node& child, const node* rep
     const std::size_t decisions_and_utilities = counts.decisions_and_utilities();
     if (counts.functions() == 0 || decisions_and_utilities + counts.of_category(q_category_chance) == 0)
         return;
+    // Belief that enters a function node leaves it to other functions only: nothing to be found, and no need to search.
+    if (counts.function_links == 0 && !parent.is_function() && parent.has_kind() && !child.is_function())
+        return;
     require(!depends_on_itself(parent, child, replaced), q_error_cyclic_functional_dependency);
     if (decisions_and_utilities > 0)
         require(decisions_are_independent(parent, child), q_error_functional_dependency);

@@ -30,6 +30,7 @@ public:
         if (count + 1 > items_.capacity()) items_.reserve(std::max(count + 1, 2 * items_.capacity()));
     }
     void reserve_one_more() { reserve(size() + 1); }
+    bool has_room() const noexcept { return size() + 2 <= items_.capacity(); }
 
     void append(T* item) {
         reserve_one_more();
@@ -56,6 +57,27 @@ private:
 
     static constexpr T* none = nullptr;
     std::vector<T*> items_;  // empty, or ended by null
+};
+
+// An append in two steps: making room, which can fail and leaves the list and its array as they are, and the commitment,
+// which cannot fail. The list must not change in between.
+template <class T>
+class prepared_append {
+public:
+    prepared_append(handle_list<T>& list, T* item) : list_(&list), item_(item) {
+        if (list.has_room()) return;
+        longer_.reserve(2 * list.size() + 1);
+        for (T* present : list) longer_.append(present);
+    }
+    void commit() noexcept {
+        if (!list_->has_room()) list_->swap(longer_);
+        list_->append(item_);
+    }
+
+private:
+    handle_list<T>* list_;
+    T* item_;
+    handle_list<T> longer_;
 };
 
 }  // namespace quarn

@@ -14,6 +14,7 @@ namespace {
 // What any new link must satisfy, whether it is added or takes the place of the link from `replaced`.
 void require_linkable(node& child, node& parent, const node* replaced) {
     require(child.domain == parent.domain);
+    require(&child != &parent, q_error_cyclic_network);
     require(!child.parents.contains(&parent));
     if (!child.is_function()) {
         require(!parent.is_utility());
@@ -55,13 +56,14 @@ bool is_interchangeable(const node& a, const node& b) noexcept {
 
 void add_parent(node& child, node& parent) {
     require_linkable(child, parent, nullptr);
-    child.parents.reserve_one_more();
-    parent.children.reserve_one_more();
     prepared_tables tables = tables_with_parent(child, parent);
+    prepared_append new_parent(child.parents, &parent);
+    prepared_append new_child(parent.children, &child);
 
     tables.commit();
-    child.parents.append(&parent);
-    parent.children.append(&child);
+    new_parent.commit();
+    new_child.commit();
+    child.domain->counts.add_link(parent.category, child.category);
     if (child.is_function()) return;
     child.table_changed();
     child.domain->uncompile();
@@ -69,6 +71,7 @@ void add_parent(node& child, node& parent) {
 
 void forget_parent(node& child, node& parent, std::size_t kept_state) noexcept {
     child.parents.remove(&parent);
+    child.domain->counts.remove_link(parent.category, child.category);
     if (child.is_function() || !parent.has_kind()) return;  // no table has the parent
     for_each_table_of(child, [&](table& affected) { remove_node(affected, parent, kept_state); });
     child.table_changed();
@@ -85,11 +88,11 @@ void switch_parent(node& child, node& old_parent, node& new_parent) {
     require(child.parents.contains(&old_parent));
     require_linkable(child, new_parent, &old_parent);
     require(is_interchangeable(old_parent, new_parent));
-    new_parent.children.reserve_one_more();
+    prepared_append new_child(new_parent.children, &child);
 
     child.parents.replace(child.parents.index_of(&old_parent), &new_parent);
     old_parent.children.remove(&child);
-    new_parent.children.append(&child);
+    new_child.commit();
     for_each_table_of(child, [&](table& affected) { replace_node(affected, old_parent, new_parent); });
     child.table_changed();
     child.domain->uncompile();

@@ -1,5 +1,7 @@
 #include "name_index.h"
 
+#include <string>
+
 #include "node.h"
 
 namespace quarn {
@@ -38,7 +40,17 @@ void name_index::add(node& named) noexcept {
     }
 }
 
+std::size_t name_index::first_free_number(const domain& searched, char letter, std::size_t from) {
+    if (taken_.letter != letter || from < taken_.first || from > taken_.end) taken_ = {letter, from, from};
+    const auto is_taken = [&](std::size_t number) {
+        return find(searched, (std::string(1, letter) + std::to_string(number)).c_str()) != nullptr;
+    };
+    while (is_taken(taken_.end)) ++taken_.end;
+    return taken_.end;
+}
+
 void name_index::remove(const node& named) noexcept {
+    taken_ = {};
     if (built_ && named.name) nodes_.erase(named.name.get());
 }
 

@@ -97,8 +97,8 @@ void set_automatic_name(node& named) {
         *std::to_chars(name.data() + 1, name.data() + name.size() - 1, number).ptr = '\0';
     };
     write_number(named.number);
-    for (std::size_t next = owner.node_count + 1; owner.names.find(owner, name.data()) != nullptr; ++next)
-        write_number(next);
+    if (owner.names.find(owner, name.data()) != nullptr)
+        write_number(owner.names.first_free_number(owner, name[0], owner.node_count + 1));
     set_node_name(named, name.data());
 }
 
@@ -136,9 +136,12 @@ node& clone_node(node& original) {
     copy_properties(original, *clone);
     clone->parents = original.parents;
     clone->own_table = copy_own_table(original, *clone);
-    for (node* parent : original.parents) parent->children.reserve_one_more();
+    std::vector<prepared_append<node>> new_children;
+    new_children.reserve(original.parents.size());
+    for (node* parent : original.parents) new_children.emplace_back(parent->children, clone.get());
 
-    for (node* parent : original.parents) parent->children.append(clone.get());
+    for (prepared_append<node>& new_child : new_children) new_child.commit();
+    for (const node* parent : original.parents) owner.counts.add_link(parent->category, clone->category);
     owner.link(*clone);
     if (!clone->is_real_function()) owner.uncompile();
     return *clone.release();
@@ -146,7 +149,10 @@ node& clone_node(node& original) {
 
 void delete_node(node& deleted) noexcept {
     run_cleanup(deleted);
-    for (node* parent : deleted.parents) parent->children.remove(&deleted);
+    for (node* parent : deleted.parents) {
+        parent->children.remove(&deleted);
+        deleted.domain->counts.remove_link(parent->category, deleted.category);
+    }
     for (node* child : deleted.children) forget_parent(*child, deleted, 0);
     domain& owner = *deleted.domain;
     owner.names.remove(deleted);

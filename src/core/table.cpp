@@ -90,10 +90,25 @@ std::unique_ptr<table> copy_table(const table& source) {
     return copy;
 }
 
-double& cg_parameter(node& owner, std::size_t configuration, std::size_t entry) {
-    table& parameters = own_table(owner);
+namespace {
+
+std::size_t cg_entry(const table& parameters, cg_term term, const node* parent) {
+    if (term == cg_term::intercept) return cg_intercept;
+    if (term == cg_term::variance) return cg_variance;
+    const std::size_t k = parameters.continuous_position(parent);
+    require(k >= 1 && k < parameters.continuous_count());
+    return cg_coefficient(k);
+}
+
+}  // namespace
+
+double& cg_parameter(node& owner, std::size_t configuration, cg_term term, const node* parent) {
+    std::unique_ptr<table> made = owner.own_table ? nullptr : new_own_table(owner);
+    table& parameters = made ? *made : *owner.own_table;
+    const std::size_t entry = cg_entry(parameters, term, parent);
     require(configuration < parameters.size);
     parameters.materialise();
+    if (made) owner.own_table = std::move(made);
     return parameters.moments[configuration * parameters.block_size() + entry];
 }
 

@@ -77,7 +77,11 @@ void permute_states(table& changed, const node& permuted, std::span<const std::s
                     std::span<double> scratch) noexcept;
 void replace_node(table& changed, const node& old_node, node& new_node) noexcept;
 
-// The own table of a continuous node and the place in it that a configuration and an entry of its block have.
-double& cg_parameter(node& owner, std::size_t configuration, std::size_t entry);
+// What the own table of a continuous node holds for a configuration.
+enum class cg_term { intercept, coefficient, variance };
+
+// The place of a term, of the coefficient on that parent. The table is made where there is none. Fails with
+// q_error_usage when the configuration is out of range or the parent is no continuous parent of the node.
+double& cg_parameter(node& owner, std::size_t configuration, cg_term term, const node* parent);
 
 }  // namespace quarn

@@ -19,26 +19,13 @@ double read_moment(table& asked, std::size_t configuration, moment wanted, const
     return asked.moments[configuration * asked.block_size() + entry];
 }
 
-void require_continuous_chance(const node& owner) {
+double& parameter(node& owner, std::size_t configuration, cg_term term, const node* parent = nullptr) {
     require(owner.is(q_category_chance) && owner.is_continuous());
+    return cg_parameter(owner, configuration, term, parent);
 }
 
-// The entry for the coefficient of a continuous parent.
-std::size_t coefficient_of(node& owner, const node* parent) {
-    const table& parameters = own_table(owner);
-    const std::size_t k = parameters.continuous_position(parent);
-    require(k >= 1 && k < parameters.continuous_count());
-    return cg_coefficient(k);
-}
-
-double read_parameter(node& owner, std::size_t configuration, std::size_t entry) {
-    require_continuous_chance(owner);
-    return cg_parameter(owner, configuration, entry);
-}
-
-void write_parameter(node& owner, std::size_t configuration, std::size_t entry, double value) {
-    require_continuous_chance(owner);
-    cg_parameter(owner, configuration, entry) = value;
+void write_parameter(node& owner, double& place, double value) {
+    place = value;
     owner.table_changed();
 }
 
@@ -125,36 +112,34 @@ q_number_t q_table_get_variance(q_table_t table, size_t configuration, q_node_t 
 }
 
 q_status_t q_node_set_cg_intercept(q_node_t node, size_t configuration, q_number_t value) {
-    return api_status({node}, [&] { write_parameter(*node, configuration, cg_intercept, value); });
+    return api_status(
+        {node}, [&] { write_parameter(*node, parameter(*node, configuration, cg_term::intercept), value); });
 }
 
 q_status_t q_node_set_cg_coefficient(q_node_t node, q_node_t parent, size_t configuration, q_number_t value) {
     return api_status({node, parent}, [&] {
-        require_continuous_chance(*node);
-        write_parameter(*node, configuration, coefficient_of(*node, parent), value);
+        write_parameter(*node, parameter(*node, configuration, cg_term::coefficient, parent), value);
     });
 }
 
 q_status_t q_node_set_cg_variance(q_node_t node, size_t configuration, q_number_t value) {
     return api_status({node}, [&] {
         require(!(value < 0));
-        write_parameter(*node, configuration, cg_variance, value);
+        write_parameter(*node, parameter(*node, configuration, cg_term::variance), value);
     });
 }
 
 q_number_t q_node_get_cg_intercept(q_node_t node, size_t configuration) {
     return api_call<q_number_t>(-1.0, {node},
-                                [&] { return read_parameter(*node, configuration, cg_intercept); });
+                                [&] { return parameter(*node, configuration, cg_term::intercept); });
 }
 
 q_number_t q_node_get_cg_coefficient(q_node_t node, q_node_t parent, size_t configuration) {
-    return api_call<q_number_t>(-1.0, {node, parent}, [&] {
-        require_continuous_chance(*node);
-        return read_parameter(*node, configuration, coefficient_of(*node, parent));
-    });
+    return api_call<q_number_t>(
+        -1.0, {node, parent}, [&] { return parameter(*node, configuration, cg_term::coefficient, parent); });
 }
 
 q_number_t q_node_get_cg_variance(q_node_t node, size_t configuration) {
     return api_call<q_number_t>(-1.0, {node},
-                                [&] { return read_parameter(*node, configuration, cg_variance); });
+                                [&] { return parameter(*node, configuration, cg_term::variance); });
 }

@@ -46,8 +46,9 @@ void keep_states(number_array& numbers, const runs& shape, std::size_t first, st
     if (numbers.empty()) return;
     const std::size_t slice = shape.slice * unit;
     double* to = numbers.data();
-    for (std::size_t run = 0; run < shape.count; ++run)
-        to = std::copy_n(numbers.data() + (run * shape.states + first) * slice, kept * slice, to);
+    for (std::size_t run = 0; run < shape.count; ++run, to += kept * slice)
+        if (const double* from = numbers.data() + (run * shape.states + first) * slice; from != to)
+            std::copy_n(from, kept * slice, to);
     numbers.shrink(shape.count * kept * slice);
 }
 

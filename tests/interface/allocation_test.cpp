@@ -29,7 +29,7 @@ owned_domain family() {
     for (const char* name : {"a", "b", "o", "c"})
         n.push_back(new_chance(domain.get(), name, name[0] == 'a' ? 2 : 3));
     for (const char* name : {"x", "y", "z"}) n.push_back(new_continuous(domain.get(), name));
-    n.push_back(q_domain_new_node(domain.get(), q_category_function, q_kind_other));
+    n.push_back(new_node(domain.get(), "fo"));
     q_domain_set_attribute(domain.get(), "made", "by hand");
     q_node_set_label(n[c], "a child");
     q_node_set_attribute(n[c], "first", "1");
@@ -56,6 +56,7 @@ owned_domain family() {
         q_node_set_cg_variance(n[y], i, 0.5 + double(i));
     }
     number_entries(q_node_new_experience_table(n[y]));
+    number_entries(q_node_get_table(n[z]));
     return domain;
 }
 
@@ -70,8 +71,8 @@ owned_domain bare_family() {
 
 owned_domain decision_problem() {
     owned_domain domain(q_domain_new());
-    q_node_t d = q_domain_new_node(domain.get(), q_category_decision, q_kind_discrete);
-    q_node_t u = q_domain_new_node(domain.get(), q_category_utility, q_kind_other);
+    q_node_t d = new_node(domain.get(), "dd");
+    q_node_t u = new_node(domain.get(), "uo");
     q_node_add_parent(u, d);
     number_entries(q_node_get_table(u));
     new_chance(domain.get(), "a", 2);
@@ -89,9 +90,9 @@ owned_domain crowd() {
     owned_domain domain(q_domain_new());
     for (int i = 0; i < 12; ++i) {
         const std::string name = "node_" + std::to_string(i);
-        q_node_set_name(q_domain_new_node(domain.get(), q_category_chance, q_kind_discrete), name.c_str());
+        q_node_set_name(new_node(domain.get(), "cd"), name.c_str());
     }
-    q_domain_new_node(domain.get(), q_category_chance, q_kind_discrete);
+    new_node(domain.get(), "cd");
     return domain;
 }
 
@@ -103,10 +104,6 @@ owned_domain indexed_crowd() {
 
 owned_domain nothing() { return nullptr; }
 owned_domain empty() { return owned_domain(q_domain_new()); }
-
-q_status_t new_node(q_domain_t d, q_category_t category, q_kind_t kind) {
-    return outcome(q_domain_new_node(d, category, kind));
-}
 
 q_status_t reorder(q_domain_t d) {
     const char* const order[] = {"yes", "no", nullptr};
@@ -123,11 +120,10 @@ const std::vector<allocating_call> calls{
          if (made != nullptr) q_domain_delete(made);
          return status;
      }},
-    {"new chance node", empty,
-     [](q_domain_t d) { return new_node(d, q_category_chance, q_kind_continuous); }},
-    {"new decision", empty, [](q_domain_t d) { return new_node(d, q_category_decision, q_kind_discrete); }},
-    {"new utility", empty, [](q_domain_t d) { return new_node(d, q_category_utility, q_kind_other); }},
-    {"new function", family, [](q_domain_t d) { return new_node(d, q_category_function, q_kind_discrete); }},
+    {"new chance node", empty, [](q_domain_t d) { return outcome(new_node(d, "cc")); }},
+    {"new decision", empty, [](q_domain_t d) { return outcome(new_node(d, "dd")); }},
+    {"new utility", empty, [](q_domain_t d) { return outcome(new_node(d, "uo")); }},
+    {"new function", family, [](q_domain_t d) { return outcome(new_node(d, "fd")); }},
     {"log file", empty, [](q_domain_t d) { return q_domain_set_log_file(d, "/dev/null", 0); }},
     {"domain attribute", family, [](q_domain_t d) { return q_domain_set_attribute(d, "key", long_text); }},
     {"domain attribute again", family,
@@ -178,6 +174,7 @@ const std::vector<allocating_call> calls{
      [](q_domain_t d) { return q_node_add_parent(node_at(d, y), node_at(d, b)); }},
     {"continuous parent", family,
      [](q_domain_t d) { return q_node_add_parent(node_at(d, y), node_at(d, z)); }},
+    {"first parent", family, [](q_domain_t d) { return q_node_add_parent(node_at(d, z), node_at(d, b)); }},
     {"parent of a function", family,
      [](q_domain_t d) { return q_node_add_parent(node_at(d, f), node_at(d, y)); }},
     {"removed parent", family,

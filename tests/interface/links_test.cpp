@@ -12,27 +12,6 @@
 
 namespace {
 
-using links = std::vector<std::pair<std::size_t, std::size_t>>;
-
-// Nodes as two letters: category c, d, u, f (chance, decision, utility, function) and kind d, c, o. Links: from, to.
-owned_domain network(const std::vector<const char*>& nodes, const links& present) {
-    owned_domain domain(q_domain_new());
-    for (const char* node : nodes) {
-        const q_category_t category = *node == 'c'   ? q_category_chance
-                                      : *node == 'd' ? q_category_decision
-                                      : *node == 'u' ? q_category_utility
-                                                     : q_category_function;
-        const q_kind_t kind = node[1] == 'd'   ? q_kind_discrete
-                              : node[1] == 'c' ? q_kind_continuous
-                                               : q_kind_other;
-        EXPECT_NE(q_domain_new_node(domain.get(), category, kind), nullptr);
-    }
-    for (const auto& [from, to] : present)
-        EXPECT_EQ(q_node_add_parent(node_at(domain.get(), to), node_at(domain.get(), from)), q_error_none)
-            << from << " to " << to;
-    return domain;
-}
-
 struct link_case {
     std::vector<const char*> nodes;
     links present;

@@ -38,58 +38,47 @@ q_status_t reorder(q_node_t node, std::vector<const char*> labels) {
 
 TEST(states, refusals) {
     std::vector<refusal> calls;
-    const auto add = [&](const char* name, q_status_t (*call)(q_domain_t)) {
-        calls.push_back({name, q_error_usage, call});
+    const auto refuse = [&](const char* name, std::size_t node, q_status_t (*call)(q_node_t)) {
+        calls.push_back({name, q_error_usage, [=](q_domain_t d) { return call(node_at(d, node)); }});
     };
-    add("no states", [](q_domain_t d) { return q_node_set_number_of_states(node_at(d, labelled), 0); });
-    add("count of boolean", [](q_domain_t d) { return q_node_set_number_of_states(node_at(d, boolean), 3); });
-    add("count of continuous",
-        [](q_domain_t d) { return q_node_set_number_of_states(node_at(d, continuous), 2); });
-    add("count of function", [](q_domain_t d) {
-        return outcome(q_node_get_number_of_states(node_at(d, function)), std::size_t(-1));
-    });
-    add("boolean of three",
-        [](q_domain_t d) { return q_node_set_subtype(node_at(d, labelled), q_subtype_boolean); });
-    add("subtype below", [](q_domain_t d) { return q_node_set_subtype(node_at(d, labelled), 29); });
-    add("subtype above", [](q_domain_t d) { return q_node_set_subtype(node_at(d, labelled), 34); });
-    add("subtype of continuous",
-        [](q_domain_t d) { return q_node_set_subtype(node_at(d, continuous), q_subtype_label); });
-    add("subtype read", [](q_domain_t d) { return outcome(q_node_get_subtype(node_at(d, function)), -1); });
-    add("label beyond", [](q_domain_t d) { return q_node_set_state_label(node_at(d, labelled), 3, "x"); });
-    add("label of continuous",
-        [](q_domain_t d) { return q_node_set_state_label(node_at(d, continuous), 0, "x"); });
-    add("label read beyond",
-        [](q_domain_t d) { return outcome(q_node_get_state_label(node_at(d, boolean), 2)); });
-    add("label read of function",
-        [](q_domain_t d) { return outcome(q_node_get_state_label(node_at(d, function), 0)); });
-    add("value of label", [](q_domain_t d) { return q_node_set_state_value(node_at(d, labelled), 0, 1); });
-    add("value of boolean", [](q_domain_t d) { return q_node_set_state_value(node_at(d, boolean), 0, 1); });
-    add("value beyond numbers",
-        [](q_domain_t d) { return q_node_set_state_value(node_at(d, numbered), 3, 1); });
-    add("bound beyond", [](q_domain_t d) { return q_node_set_state_value(node_at(d, interval), 4, 1); });
-    add("value never set",
-        [](q_domain_t d) { return outcome(q_node_get_state_value(node_at(d, numbered), 0), -1.0); });
-    add("value read of label",
-        [](q_domain_t d) { return outcome(q_node_get_state_value(node_at(d, labelled), 0), -1.0); });
-    add("state of a label of continuous", [](q_domain_t d) {
-        return outcome(q_node_get_state_index_from_label(node_at(d, continuous), "a"), int64_t(-1));
-    });
-    add("state of a value never set", [](q_domain_t d) {
-        return outcome(q_node_get_state_index_from_value(node_at(d, interval), 0), int64_t(-1));
-    });
-    add("state of a value of label", [](q_domain_t d) {
-        return outcome(q_node_get_state_index_from_value(node_at(d, labelled), 0), int64_t(-1));
-    });
-    add("order of numbers", [](q_domain_t d) { return reorder(node_at(d, numbered), {"", "", ""}); });
-    add("order of boolean", [](q_domain_t d) { return reorder(node_at(d, boolean), {"false", "true"}); });
-    add("order of continuous", [](q_domain_t d) { return reorder(node_at(d, continuous), {}); });
-    add("order with a stranger", [](q_domain_t d) { return reorder(node_at(d, labelled), {"a", "b", "d"}); });
-    add("order with a repetition", [](q_domain_t d) {
-        return reorder(node_at(d, labelled), {"b", "b", "a"});
-    });
-    add("order too short", [](q_domain_t d) { return reorder(node_at(d, labelled), {"a", "b"}); });
-    add("order too long", [](q_domain_t d) { return reorder(node_at(d, labelled), {"a", "b", "c", "a"}); });
-    add("order of nothing", [](q_domain_t d) { return reorder(node_at(d, labelled), {}); });
+    refuse("no states", labelled, [](q_node_t n) { return q_node_set_number_of_states(n, 0); });
+    refuse("count of boolean", boolean, [](q_node_t n) { return q_node_set_number_of_states(n, 3); });
+    refuse("count of continuous", continuous, [](q_node_t n) { return q_node_set_number_of_states(n, 2); });
+    refuse("count of function", function,
+           [](q_node_t n) { return outcome(q_node_get_number_of_states(n), std::size_t(-1)); });
+    refuse("boolean of three", labelled, [](q_node_t n) { return q_node_set_subtype(n, q_subtype_boolean); });
+    refuse("subtype below", labelled, [](q_node_t n) { return q_node_set_subtype(n, 29); });
+    refuse("subtype above", labelled, [](q_node_t n) { return q_node_set_subtype(n, 34); });
+    refuse("subtype of continuous", continuous,
+           [](q_node_t n) { return q_node_set_subtype(n, q_subtype_label); });
+    refuse("subtype read", function, [](q_node_t n) { return outcome(q_node_get_subtype(n), -1); });
+    refuse("label beyond", labelled, [](q_node_t n) { return q_node_set_state_label(n, 3, "x"); });
+    refuse("label of continuous", continuous, [](q_node_t n) { return q_node_set_state_label(n, 0, "x"); });
+    refuse("label read beyond", boolean, [](q_node_t n) { return outcome(q_node_get_state_label(n, 2)); });
+    refuse("label read of function", function,
+           [](q_node_t n) { return outcome(q_node_get_state_label(n, 0)); });
+    refuse("value of label", labelled, [](q_node_t n) { return q_node_set_state_value(n, 0, 1); });
+    refuse("value of boolean", boolean, [](q_node_t n) { return q_node_set_state_value(n, 0, 1); });
+    refuse("value beyond numbers", numbered, [](q_node_t n) { return q_node_set_state_value(n, 3, 1); });
+    refuse("bound beyond", interval, [](q_node_t n) { return q_node_set_state_value(n, 4, 1); });
+    refuse("value never set", numbered,
+           [](q_node_t n) { return outcome(q_node_get_state_value(n, 0), -1.0); });
+    refuse("value read of label", labelled,
+           [](q_node_t n) { return outcome(q_node_get_state_value(n, 0), -1.0); });
+    refuse("state of a label of continuous", continuous,
+           [](q_node_t n) { return outcome(q_node_get_state_index_from_label(n, "a"), int64_t(-1)); });
+    refuse("state of a value never set", interval,
+           [](q_node_t n) { return outcome(q_node_get_state_index_from_value(n, 0), int64_t(-1)); });
+    refuse("state of a value of label", labelled,
+           [](q_node_t n) { return outcome(q_node_get_state_index_from_value(n, 0), int64_t(-1)); });
+    refuse("order of numbers", numbered, [](q_node_t n) { return reorder(n, {"", "", ""}); });
+    refuse("order of boolean", boolean, [](q_node_t n) { return reorder(n, {"false", "true"}); });
+    refuse("order of continuous", continuous, [](q_node_t n) { return reorder(n, {}); });
+    refuse("order with a stranger", labelled, [](q_node_t n) { return reorder(n, {"a", "b", "d"}); });
+    refuse("order with a repetition", labelled, [](q_node_t n) { return reorder(n, {"b", "b", "a"}); });
+    refuse("order too short", labelled, [](q_node_t n) { return reorder(n, {"a", "b"}); });
+    refuse("order too long", labelled, [](q_node_t n) { return reorder(n, {"a", "b", "c", "a"}); });
+    refuse("order of nothing", labelled, [](q_node_t n) { return reorder(n, {}); });
     expect_refusals(all_sorts, calls);
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <ostream>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -38,6 +39,8 @@ struct allocating_call {
     operation call;
     bool can_do_without = false;  // succeeds, perhaps slower, where some allocation fails
 };
+
+inline std::ostream& operator<<(std::ostream& out, const allocating_call& shown) { return out << shown.name; }
 
 // Makes every allocation of the call fail in turn, once and lastingly. Each time it must be refused with
 // q_error_no_memory, leave the network as it was and leak nothing, and then, with memory, have the effect that it has
