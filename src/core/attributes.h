@@ -4,7 +4,7 @@
 #include <initializer_list>
 #include <memory>
 #include <string_view>
-#include <vector>
+#include <unordered_map>
 
 #include "allocation.h"
 #include "quarn.h"
@@ -12,6 +12,7 @@
 struct q_attribute {
     quarn::text key;
     quarn::text value;
+    q_attribute* previous = nullptr;
     q_attribute* next = nullptr;
 };
 
@@ -23,17 +24,18 @@ public:
     void set(const char* key, const char* value, std::initializer_list<std::string_view> reserved);
     // Null when there is none.
     const char* value_of(const char* key) const noexcept;
-    q_attribute* first() const noexcept { return items_.empty() ? nullptr : items_.front().get(); }
+    q_attribute* first() const noexcept { return first_; }
 
     attribute_list copy() const;
 
 private:
-    using items = std::vector<std::unique_ptr<q_attribute>>;
-
-    items::const_iterator find(std::string_view key) const noexcept;
     void append(const char* key, const char* value);
+    void remove(q_attribute& removed) noexcept;
 
-    items items_;
+    // The keys point into the attributes.
+    std::unordered_map<std::string_view, std::unique_ptr<q_attribute>> by_key_;
+    q_attribute* first_ = nullptr;
+    q_attribute* last_ = nullptr;
 };
 
 }  // namespace quarn
