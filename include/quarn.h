@@ -577,7 +577,8 @@ Q_API q_junction_tree_t q_node_get_junction_tree(q_node_t node);
  *
  * Evidence on a discrete node is a vector of weights, one for each state: one 1 among zeros selects a state, all ones
  * are no evidence, anything else is a likelihood. It can be entered at any time, compiled or not, and takes effect with
- * the next propagation. It stays until it is retracted.
+ * the next propagation. It stays until it is retracted. On a node of one state, observing it is no evidence: it gives
+ * nothing to propagate.
  * --------------------------------------------------------------------------------------------------------------- */
 
 /**
@@ -643,8 +644,8 @@ Q_API q_boolean_t q_domain_evidence_is_propagated(q_domain_t domain);
  *
  * errors  q_error_usage; q_error_not_compiled; q_error_invalid_probability_potential: a table holds a negative,
  *         infinite or NaN entry, or a distribution whose sum is not positive and finite;
- *         q_error_inconsistency_or_underflow: the evidence is impossible, or too improbable for its tree;
- *         q_error_overflow: likelihoods too large.
+ *         q_error_inconsistency_or_underflow: the evidence is impossible, or contradicts what would otherwise be likely
+ *         by more than a double can tell (about 1 to 1e308).
  *         After a failure the tree concerned holds the results without evidence (with an invalid table: none), trees
  *         before it are propagated and trees after it are as they were. Entered evidence is untouched.
  */
@@ -662,7 +663,7 @@ Q_API q_number_t q_node_get_belief(q_node_t node, size_t state);
 
 /**
  * Probability of the propagated evidence; with likelihoods, the expectation of the product of the weights. 1 without
- * evidence, 0 where it is too small for a double: the logarithm is right there too.
+ * evidence, 0 where it is too small for a double and infinite where it is too large: the logarithm is right there too.
  *
  * errors  q_error_not_compiled, q_error_no_equilibrium
  */

@@ -43,6 +43,7 @@ struct q_clique {
     quarn::handle_list<q_node> members;  // in the order of the table
     std::size_t size = 1;                // configurations
     quarn::number_array table;
+    double smallest_entry = 1;  // while messages come in: no positive entry of the table is smaller
     quarn::handle_list<q_clique> neighbors;     // newest link first
     quarn::separator* to_parent = nullptr;      // null: the root of its tree
     std::vector<quarn::assigned_table> tables;  // in creation order of their nodes

@@ -1,17 +1,20 @@
 // Message passing in a junction tree with division at the separators [Jensen, Lauritzen & Olesen 1990].
 //
 //   Maps     tables of the nodes, entered evidence -> marginals of all cliques, beliefs, probability of the evidence
-//   Cost     three passes over every clique and one for each table, neighbour and belief in it; allocates nothing
+//   Cost     three passes over every clique and one for each table, neighbour and belief in it, and more only in tables
+//            whose entries come near the smallest double; allocates nothing
 //   Method   the tables are multiplied together in the cliques; each clique sends its marginal to its parent, children
 //            first (collect); the root is divided by its sum; then each clique sends its marginal back (distribute),
 //            divided by the message that came from there
-//   Scaling  a message is divided by its sum on the way up, so that a product of many small numbers does not vanish;
-//            the sums, multiplied, are the probability of the evidence
+//   Scaling  messages and likelihoods are divided by their largest entry on the way up, and tables that have become small
+//            by theirs, so that a product of many numbers below 1 does not vanish; all that was divided by, multiplied, is
+//            the probability of the evidence
 #include "propagation.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <span>
 
 #include "errors.h"
 #include "evidence.h"
@@ -22,13 +25,13 @@
 namespace quarn {
 namespace {
 
-// A sum to divide by: neither vanished nor beyond all numbers.
-double checked_sum(const number_array& numbers) {
-    const double sum = sum_of(numbers.data(), numbers.size());
-    require(sum < std::numeric_limits<double>::max(), q_error_overflow);
-    require(sum >= std::numeric_limits<double>::min(), q_error_inconsistency_or_underflow);
-    return sum;
-}
+// Below the first of these a double is less exact the smaller it is: what depends on such numbers has underflowed.
+constexpr double smallest_exact = std::numeric_limits<double>::min();
+constexpr double safely_exact = 1e-290;  // what becomes smaller is watched
+constexpr double small = 1e-100;         // a table of such numbers is divided by the largest
+constexpr double largest_ratio = std::numeric_limits<double>::max() / 2;
+
+void require_exact(double number) { require(number >= smallest_exact, q_error_inconsistency_or_underflow); }
 
 class tree_propagation {
 public:
@@ -40,8 +43,7 @@ public:
         if (with_evidence) take_evidence();
         fill_cliques();
         collect();
-        scale(tree_.root->table.data(), tree_.root->table.size(),
-              1 / count_in(checked_sum(tree_.root->table)));
+        normalize_root();
         distribute();
         update_beliefs();
         if (!tree_.evidence_is_propagated) forget_rounding();
@@ -66,42 +68,76 @@ private:
         }
     }
 
-    void fill_cliques() noexcept {
+    void fill_cliques() {
         for (clique* filled : tree_.cliques) {
             std::ranges::fill(filled->table, 1.0);
+            filled->smallest_entry = 1;
             for (const assigned_table& assigned : filled->tables)
-                multiply(assigned.in_clique, filled->table.data(), assigned.owner->own_table->data.data());
+                multiply_into(*filled, assigned.in_clique, assigned.owner->own_table->data.span());
         }
         for (node* member : tree_.nodes) multiply_evidence(forest_.of(*member));
     }
 
-    void multiply_evidence(compiled_node& observed) noexcept {
+    // All factors are at most 1. No entry gets lost unless it is negligible beside the largest one of its table.
+    void multiply_into(clique& target, const loop_plan& plan, std::span<const double> factors) {
+        multiply(plan, target.table.data(), factors.data());
+        target.smallest_entry *= magnitudes_of(factors.data(), factors.size()).smallest_positive;
+        if (target.smallest_entry >= safely_exact && std::isfinite(target.smallest_entry)) return;
+        const magnitudes entries = magnitudes_of(target.table.data(), target.table.size());
+        require_exact(entries.largest);
+        target.smallest_entry = entries.smallest_positive;
+        if (entries.largest < small) divide(target, entries.largest);
+    }
+
+    void divide(clique& divided, double divisor) noexcept {
+        scale(divided.table.data(), divided.table.size(), 1 / count_in(divisor));
+        divided.smallest_entry /= divisor;
+    }
+
+    // Takes a number that was divided by into the probability of the evidence.
+    double count_in(double divisor) noexcept {
+        tree_.normalization *= divisor;
+        tree_.log_normalization += std::log(divisor);
+        return divisor;
+    }
+
+    void multiply_evidence(compiled_node& observed) {
         const findings& evidence = observed.propagated;
         if (evidence.index == findings::none) return;
-        double* const weights = forest_.scratch.data();
-        for (std::size_t state = 0; state < observed.owner->state_count; ++state)
-            weights[state] = evidence.weight(state);
-        multiply(observed.in_best, observed.best->table.data(), weights);
+        const std::span<double> weights(forest_.scratch.data(), observed.owner->state_count);
+        for (std::size_t state = 0; state < weights.size(); ++state) weights[state] = evidence.weight(state);
+        const double largest = magnitudes_of(weights.data(), weights.size()).largest;
+        require(largest > 0, q_error_inconsistency_or_underflow);
+        std::ranges::for_each(weights, [&](double& w) { w /= largest; });
+        count_in(largest);
+        multiply_into(*observed.best, observed.in_best, weights);
     }
 
-    // Takes a sum that was divided by into the probability of the evidence.
-    double count_in(double sum) noexcept {
-        tree_.normalization *= sum;
-        tree_.log_normalization += std::log(sum);
-        return sum;
-    }
-
-    // The message that goes on is divided by its sum; the separator keeps the marginal itself, to divide by later.
+    // The separator keeps the marginal as it is, to divide by later; what goes on is divided by its largest entry.
     void collect() {
-        double* const scaled = forest_.scratch.data();
         for (auto next = tree_.separators.rbegin(); next != tree_.separators.rend(); ++next) {
             separator& to_parent = **next;
             number_array& marginal = to_parent.table;
             sum_marginal(to_parent.in_child, to_parent.child->table.data(), marginal.data(), marginal.size());
-            const double factor = 1 / count_in(checked_sum(marginal));
-            std::ranges::transform(marginal, scaled, [&](double p) { return p * factor; });
-            multiply(to_parent.in_parent, to_parent.parent->table.data(), scaled);
+            double largest = magnitudes_of(marginal.data(), marginal.size()).largest;
+            require_exact(largest);
+            if (largest < small) {
+                divide(*to_parent.child, largest);
+                scale(marginal.data(), marginal.size(), 1 / largest);
+                largest = 1;
+            }
+            const std::span<double> message(forest_.scratch.data(), marginal.size());
+            std::ranges::transform(marginal, message.begin(), [&](double p) { return p / largest; });
+            count_in(largest);
+            multiply_into(*to_parent.parent, to_parent.in_parent, message);
         }
+    }
+
+    void normalize_root() {
+        number_array& root = tree_.root->table;
+        const double sum = sum_of(root.data(), root.size());
+        require_exact(sum);
+        scale(root.data(), root.size(), 1 / count_in(sum));
     }
 
     // Without evidence the probability is 1 by definition.
@@ -110,12 +146,13 @@ private:
         tree_.log_normalization = 0;
     }
 
-    void distribute() noexcept {
+    void distribute() {
         double* const marginal = forest_.scratch.data();
         for (separator* to_child : tree_.separators) {
             number_array& old = to_child->table;
             sum_marginal(to_child->in_parent, to_child->parent->table.data(), marginal, old.size());
-            ratio(old.data(), marginal, old.size());
+            const double total = ratio(old.data(), marginal, old.size());
+            require(total <= largest_ratio, q_error_inconsistency_or_underflow);
             multiply(to_child->in_child, to_child->child->table.data(), old.data());
             std::copy_n(marginal, old.size(), old.data());
         }
@@ -126,9 +163,8 @@ private:
             compiled_node& updated = forest_.of(*member);
             double* const beliefs = forest_.beliefs.data() + updated.first_belief;
             sum_marginal(updated.in_best, updated.best->table.data(), beliefs, member->state_count);
-            if (updated.propagated.index < 0) continue;
-            std::fill_n(beliefs, member->state_count, 0.0);
-            beliefs[updated.propagated.index] = 1;
+            const double sum = sum_of(beliefs, member->state_count);
+            std::for_each_n(beliefs, member->state_count, [&](double& belief) { belief /= sum; });
         }
     }
 

@@ -1,5 +1,7 @@
 #include "kernels.h"
 
+#include <limits>
+
 namespace quarn {
 
 void multiply_run(double* target, std::size_t stride, const double* source, std::size_t source_stride,
@@ -40,8 +42,24 @@ void scale(double* numbers, std::size_t count, double factor) noexcept {
     for (std::size_t i = 0; i < count; ++i) numbers[i] *= factor;
 }
 
-void ratio(double* last, const double* next, std::size_t count) noexcept {
-    for (std::size_t i = 0; i < count; ++i) last[i] = last[i] > 0 ? next[i] / last[i] : 0;
+double ratio(double* last, const double* next, std::size_t count) noexcept {
+    double sum = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        last[i] = last[i] > 0 ? next[i] / last[i] : 0;
+        sum += last[i];
+    }
+    return sum;
+}
+
+magnitudes magnitudes_of(const double* numbers, std::size_t count) noexcept {
+    constexpr double infinite = std::numeric_limits<double>::infinity();
+    magnitudes found{infinite, 0};
+    for (std::size_t i = 0; i < count; ++i) {
+        const double positive = numbers[i] > 0 ? numbers[i] : infinite;
+        found.smallest_positive = positive < found.smallest_positive ? positive : found.smallest_positive;
+        found.largest = numbers[i] > found.largest ? numbers[i] : found.largest;
+    }
+    return found;
 }
 
 }  // namespace quarn

@@ -15,7 +15,15 @@ void add_run(double* result, std::size_t result_stride, const double* source, st
 
 double sum_of(const double* numbers, std::size_t count) noexcept;
 void scale(double* numbers, std::size_t count, double factor) noexcept;
-// next[i] / last[i] where last[i] is positive, else 0, into last.
-void ratio(double* last, const double* next, std::size_t count) noexcept;
+// next[i] / last[i] where last[i] is positive, else 0, into last. Returns the sum.
+double ratio(double* last, const double* next, std::size_t count) noexcept;
+
+// The extremes of numbers none of which is negative: the largest (0 when all are zero), and the smallest that is
+// positive (infinite when none is).
+struct magnitudes {
+    double smallest_positive;
+    double largest;
+};
+magnitudes magnitudes_of(const double* numbers, std::size_t count) noexcept;
 
 }  // namespace quarn

@@ -211,6 +211,86 @@ TEST(Inference, KeepsTheLogarithmOfVanishingProbabilities) {
     EXPECT_EQ(q_domain_get_normalization_constant(domain.get()), 0.0);
 }
 
+// A hub with many children: its posterior is a product of as many factors, worked out here in logarithms. The findings
+// favour now one state of the hub, now another, and the product is far outside the doubles.
+TEST(Inference, SurvivesManyChildrenOfOneNode) {
+    const struct {
+        std::size_t hub_states, children;
+        bool with_evidence;
+    } stars[] = {{2, 20000, false}, {100, 2000, false}, {2, 20000, true}, {7, 5000, true}};
+    for (const auto& star : stars) {
+        SCOPED_TRACE(star.children);
+        owned_domain domain(q_domain_new());
+        q_node_t hub = q_domain_new_node(domain.get(), q_category_chance, q_kind_discrete);
+        q_node_set_number_of_states(hub, star.hub_states);
+        std::vector<double> log_posterior(star.hub_states, -std::log(static_cast<double>(star.hub_states)));
+        for (std::size_t i = 0; i < star.children; ++i) {
+            q_node_t child = q_domain_new_node(domain.get(), q_category_chance, q_kind_discrete);
+            q_node_set_number_of_states(child, 2);
+            q_node_add_parent(child, hub);
+            q_number_t* rows = q_table_get_data(q_node_get_table(child));
+            const std::size_t finding = i % 2;
+            for (std::size_t h = 0; h < star.hub_states; ++h) {
+                rows[2 * h] = static_cast<double>(1 + (h + i / 2) % star.hub_states) /
+                              static_cast<double>(star.hub_states + 1);
+                rows[2 * h + 1] = 1 - rows[2 * h];
+                if (star.with_evidence) log_posterior[h] += std::log(rows[2 * h + finding]);
+            }
+            if (star.with_evidence) q_node_select_state(child, finding);
+        }
+        ASSERT_EQ(q_domain_compile(domain.get()), q_error_none);
+        ASSERT_EQ(q_domain_propagate(domain.get(), q_equilibrium_sum, q_mode_normal), q_error_none);
+        const double largest = *std::max_element(log_posterior.begin(), log_posterior.end());
+        double sum = 0;
+        for (double log_p : log_posterior) sum += std::exp(log_p - largest);
+        const double expected = star.with_evidence ? largest + std::log(sum) : 0;
+        EXPECT_NEAR(q_domain_get_log_normalization_constant(domain.get()), expected,
+                    1e-12 * std::abs(expected));
+        for (std::size_t h = 0; h < star.hub_states; ++h)
+            EXPECT_NEAR(q_node_get_belief(hub, h), std::exp(log_posterior[h] - largest) / sum, 1e-9);
+    }
+}
+
+// p -> q -> r copy their parent's state: weights far apart on p and r meet in the middle, or leave what a double can tell.
+TEST(Inference, IsRightOrSaysSoAtTheEdgeOfTheDoubles) {
+    owned_domain domain(q_domain_new());
+    q_node_t nodes[3];
+    for (q_node_t& node : nodes) {
+        node = q_domain_new_node(domain.get(), q_category_chance, q_kind_discrete);
+        q_node_set_number_of_states(node, 2);
+    }
+    for (int i = 1; i < 3; ++i) {
+        q_node_add_parent(nodes[i], nodes[i - 1]);
+        q_number_t* copy = q_table_get_data(q_node_get_table(nodes[i]));
+        copy[1] = copy[2] = 0;
+    }
+    ASSERT_EQ(q_domain_compile(domain.get()), q_error_none);
+    const struct {
+        double on_p[2], on_r[2];
+        double belief;  // of state 0; below 0: too improbable to tell
+    } rows[] = {{{1e-315, 1e-305}, {1, 1e-10}, 0.5},
+                {{1e-320, 1e-320}, {1, 3}, 0.25},
+                {{1e308, 1e308}, {1e308, 3e307}, 10.0 / 13},
+                {{1, 1e-200}, {1e-200, 3}, 0.25},
+                {{1, 1e-250}, {1e-250, 1}, 0.5},
+                {{1e-305, 1}, {1, 1e-315}, 1 / (1 + 1e-10)},
+                {{1e-320, 1}, {1, 0}, -1}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.on_p[0]);
+        for (std::size_t state = 0; state < 2; ++state) {
+            ASSERT_EQ(q_node_enter_finding(nodes[0], state, row.on_p[state]), q_error_none);
+            ASSERT_EQ(q_node_enter_finding(nodes[2], state, row.on_r[state]), q_error_none);
+        }
+        EXPECT_EQ(q_domain_propagate(domain.get(), q_equilibrium_sum, q_mode_normal),
+                  row.belief < 0 ? q_error_inconsistency_or_underflow : q_error_none);
+        for (q_node_t node : nodes) {
+            const double belief = q_node_get_belief(node, 0);
+            EXPECT_NEAR(belief, row.belief < 0 ? 0.5 : row.belief, 1e-9);
+            EXPECT_LE(belief, 1);
+        }
+    }
+}
+
 // The chest clinic after Lauritzen & Spiegelhalter (1988), with numbers that can be worked out on paper.
 TEST(Inference, SolvesTheChestClinicReadFromAFile) {
     owned_domain domain(q_net_parse_domain(QUARN_SOURCE_DIR "/examples/chest_clinic.net", nullptr, nullptr));
