@@ -16,9 +16,8 @@ void collect_evidence(q_node_t node, node_beliefs& collected) {
 }
 
 node_beliefs collect_node(q_node_t node) {
-    node_beliefs collected{q_node_get_name(node), q_node_get_label(node), {}, {}, {}, {}, {}};
-    for (size_t state = 0; state < q_node_get_number_of_states(node); ++state) {
-        collected.states.push_back(state_name(node, state));
+    node_beliefs collected{q_node_get_name(node), q_node_get_label(node), state_names(node), {}, {}, {}, {}};
+    for (size_t state = 0; state < collected.states.size(); ++state) {
         collected.labels.emplace_back(q_node_get_state_label(node, state));
         collected.beliefs.push_back(q_node_get_belief(node, state));
     }

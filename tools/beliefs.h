@@ -31,7 +31,7 @@ model_beliefs collect_beliefs(const model& propagated);
 std::string beliefs_as_text(const model_beliefs& shown);
 // {"model": FILE, "evidence": {NODE: STATE or [WEIGHT, ...], ...}, "log_p": ..., "p": ...,
 //  "beliefs": {NODE: {"states": [...], "beliefs": [...]}, ...}}, nodes in creation order, numbers in full precision.
-// States are named as on the command line.
+// States are named as on the command line. All is ASCII; p is null when it is infinite.
 std::string beliefs_as_json(const model_beliefs& shown);
 
 }  // namespace tool

@@ -19,8 +19,8 @@ std::string beliefs_as_json(const model_beliefs& shown) {
                                    {"log_p", shown.log_p},
                                    {"p", shown.p},
                                    {"beliefs", beliefs}};
-    // Labels may hold bytes that are not UTF-8.
-    return document.dump(2, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+    // In ASCII, as labels may hold control characters; and bytes that are not UTF-8.
+    return document.dump(2, ' ', true, ordered_json::error_handler_t::replace) + "\n";
 }
 
 }  // namespace tool

@@ -3,6 +3,7 @@
 #include <charconv>
 
 #include "beliefs.h"
+#include "terminal.h"
 
 namespace tool {
 namespace {
@@ -13,13 +14,6 @@ std::string format_number(double value) {
     const auto result =
         std::to_chars(text.data(), text.data() + text.size(), value + 0.0, std::chars_format::general, 6);
     return {text.data(), result.ptr};
-}
-
-// A text from the model, without what could control a terminal.
-std::string printable(std::string text) {
-    std::ranges::replace_if(
-        text, [](unsigned char c) { return c < ' ' || c == 127; }, '?');
-    return text;
 }
 
 // Columns that UTF-8 text takes, roughly: its characters, not its bytes.
@@ -38,7 +32,7 @@ std::string padded(std::string text, size_t width) {
 std::string title(const node_beliefs& node, size_t state) {
     const std::string& name = node.states[state];
     const std::string& label = node.labels[state];
-    return printable(label.empty() || label == name ? name : name + " " + label);
+    return visible(label.empty() || label == name ? name : name + " " + label);
 }
 
 size_t widest_title(const model_beliefs& shown) {
@@ -51,14 +45,19 @@ size_t widest_title(const model_beliefs& shown) {
 
 std::string heading(const node_beliefs& node) {
     std::string text = node.node;
-    if (!node.label.empty() && node.label != node.node) text += " (" + printable(node.label) + ")";
-    if (!node.observed.empty()) text += "  [evidence: " + printable(node.observed) + "]";
+    if (!node.label.empty() && node.label != node.node) text.append(" (").append(node.label).append(")");
+    if (!node.observed.empty()) text.append("  [evidence: ").append(node.observed).append("]");
     if (!node.weights.empty()) {
         text += "  [evidence:";
-        for (const double weight : node.weights) text += " " + format_number(weight);
+        for (const double weight : node.weights) text.append(" ").append(format_number(weight));
         text += "]";
     }
-    return text + "\n";
+    return visible_line(text);
+}
+
+std::string belief_line(const node_beliefs& node, size_t state, size_t width) {
+    return visible_line(std::string("  ") + padded(title(node, state), width) +
+                        format_number(node.beliefs[state]));
 }
 
 }  // namespace
@@ -68,12 +67,11 @@ std::string beliefs_as_text(const model_beliefs& shown) {
     std::string text;
     for (const node_beliefs& node : shown.nodes) {
         text += heading(node);
-        for (size_t state = 0; state < node.states.size(); ++state)
-            text += "  " + padded(title(node, state), width) + format_number(node.beliefs[state]) + "\n";
+        for (size_t state = 0; state < node.states.size(); ++state) text += belief_line(node, state, width);
         text += "\n";
     }
-    text += "P(evidence)      " + format_number(shown.p) + "\n";
-    text += "log P(evidence)  " + format_number(shown.log_p) + "\n";
+    text.append("P(evidence)      ").append(format_number(shown.p)).append("\n");
+    text.append("log P(evidence)  ").append(format_number(shown.log_p)).append("\n");
     return text;
 }
 

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cmath>
+#include <cstdlib>
+#include <limits>
 #include <set>
 #include <string_view>
 
@@ -11,6 +12,23 @@
 namespace tool {
 namespace {
 
+// -1 for what is no number. As in NET files, what is too small is 0 and what is too large is infinite.
+double parse_number(std::string_view text) {
+    double number = 0;
+    const auto [end, problem] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (end != text.data() + text.size() || problem == std::errc::invalid_argument) return -1;
+    // Which of the two it was is not told.
+    return problem == std::errc() ? number : std::strtod(std::string(text).c_str(), nullptr);
+}
+
+double parse_weight(std::string_view text, const std::string& argument) {
+    const double weight = parse_number(text);
+    if (!(weight >= 0 && weight < std::numeric_limits<double>::max()))
+        throw usage_failure(argument + ": weights must be numbers from 0 to below 1.7976931348623157e308, "
+                                       "separated by blanks or commas");
+    return weight;
+}
+
 // WEIGHT { (blanks | ',') WEIGHT }, without the parentheses around it.
 std::vector<double> parse_weights(std::string_view list, const std::string& argument) {
     constexpr std::string_view separators = " \t,";
@@ -18,12 +36,9 @@ std::vector<double> parse_weights(std::string_view list, const std::string& argu
     for (;;) {
         list.remove_prefix(std::min(list.find_first_not_of(separators), list.size()));
         if (list.empty()) break;
-        double weight = 0;
-        const auto [end, problem] = std::from_chars(list.data(), list.data() + list.size(), weight);
-        if (problem != std::errc() || !std::isfinite(weight) || weight < 0)
-            throw usage_failure(argument + ": weights must be nonnegative numbers");
-        weights.push_back(weight);
-        list.remove_prefix(static_cast<size_t>(end - list.data()));
+        const std::string_view text = list.substr(0, list.find_first_of(separators));
+        weights.push_back(parse_weight(text, argument));
+        list.remove_prefix(text.size());
     }
     if (weights.empty()) throw usage_failure(argument + ": weights are missing");
     return weights;
@@ -41,12 +56,16 @@ evidence parse_argument(const std::string& argument) {
 }
 
 std::string list_states(q_node_t node) {
+    constexpr size_t shown = 20;
+    const size_t count = q_node_get_number_of_states(node);
     std::string list;
-    for (size_t state = 0; state < q_node_get_number_of_states(node); ++state) {
-        list += (state == 0 ? "#" : ", #") + std::to_string(state);
-        if (const std::string label = q_node_get_state_label(node, state); !label.empty())
-            list += " " + label;
+    for (size_t state = 0; state < std::min(count, shown); ++state) {
+        if (state > 0) list += ", ";
+        list += index_name(state);
+        if (const std::string_view label = q_node_get_state_label(node, state); !label.empty())
+            list.append(" ").append(label);
     }
+    if (count > shown) list.append(" ... (").append(std::to_string(count)).append(" in all)");
     return list;
 }
 

@@ -1,14 +1,17 @@
 // The command-line tool. Exit status: 0 done, 1 failed, 2 wrong command line.
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <new>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "beliefs_command.h"
+#include "terminal.h"
 #include "tool_failure.h"
 
 namespace {
@@ -16,7 +19,8 @@ namespace {
 enum exit_status { exit_done = 0, exit_failed = 1, exit_usage = 2 };
 
 exit_status complain(exit_status status, const char* message) {
-    if (*message != '\0') std::fprintf(stderr, "quarn: %s\n", message);
+    if (*message != '\0') tool::report(std::string("quarn: ") + message);
+    if (status == exit_usage) tool::report("Run with --help for more information.");
     return status;
 }
 
@@ -31,21 +35,46 @@ exit_status print(const std::string& text) {
 exit_status finish_parsing(const CLI::App& commands, const CLI::ParseError& stopped) {
     std::ostringstream shown;
     if (commands.exit(stopped, shown, shown) == 0) return print(shown.str());
-    std::fprintf(stderr, "quarn: %s\nRun with --help for more information.\n", stopped.what());
-    return exit_usage;
+    return complain(exit_usage, stopped.what());
+}
+
+// `help` and `help COMMAND` are other ways to write --help.
+std::vector<std::string> read_words(int argument_count, char** arguments) {
+    std::vector<std::string> words(arguments + std::min(1, argument_count), arguments + argument_count);
+    if (!words.empty() && words.front() == "help") {
+        words.erase(words.begin());
+        words.emplace_back("--help");
+    }
+    return words;
+}
+
+// The parser would say of an unknown command that a command is missing.
+void require_known_command(const CLI::App& commands, const std::vector<std::string>& words) {
+    const auto command =
+        std::ranges::find_if(words, [](const std::string& word) { return !word.starts_with('-'); });
+    if (command == words.end()) return;
+    const auto is_meant = [&](const CLI::App* known) { return known->get_name() == *command; };
+    if (commands.get_subcommands(is_meant).empty())
+        throw tool::usage_failure(std::string("unknown command ") + *command);
 }
 
 exit_status run(int argument_count, char** arguments) {
     CLI::App commands("Exact reasoning with probabilistic graphical models", "quarn");
-    commands.require_subcommand(1);
+    commands.get_formatter()->label("SUBCOMMAND", "COMMAND");
+    commands.require_subcommand(0, 1);
+    commands.footer("Run quarn COMMAND --help for what a command takes.");
     commands.set_version_flag("--version", "quarn " QUARN_VERSION);
     tool::beliefs_options beliefs;
     tool::add_beliefs_command(commands, beliefs);
+    std::vector<std::string> words = read_words(argument_count, arguments);
+    require_known_command(commands, words);
+    std::ranges::reverse(words);  // as the parser wants them
     try {
-        commands.parse(argument_count, arguments);
+        commands.parse(std::move(words));
     } catch (const CLI::ParseError& stopped) {
         return finish_parsing(commands, stopped);
     }
+    if (commands.get_subcommands().empty()) throw tool::usage_failure("no command is given");
     return print(tool::run_beliefs(beliefs));
 }
 
@@ -57,7 +86,8 @@ int main(int argument_count, char** arguments) {
     } catch (const tool::usage_failure& failed) {
         return complain(exit_usage, failed.what());
     } catch (const std::bad_alloc&) {
-        return complain(exit_failed, "out of memory");
+        std::fputs("quarn: out of memory\n", stderr);
+        return exit_failed;
     } catch (const std::exception& failed) {
         return complain(exit_failed, failed.what());
     }

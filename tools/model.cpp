@@ -1,32 +1,71 @@
 #include "model.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <cerrno>
+#include <filesystem>
+#include <new>
+#include <system_error>
+#include <unistd.h>
+#include <unordered_map>
 
+#include "table_fault.h"
+#include "terminal.h"
 #include "tool_failure.h"
 
 namespace tool {
 namespace {
 
+constexpr size_t messages_shown = 20;  // of each sort
+
 struct parse_messages {
-    const char* file;
-    bool any_error = false;
+    const std::string& file;
+    size_t warnings = 0;
+    size_t errors = 0;
 };
 
-void print_parse_message(size_t line, const char* message, void* data) {
+void print_parse_message(size_t line, const char* message, void* data) noexcept {
     auto& messages = *static_cast<parse_messages*>(data);
-    std::fprintf(stderr, "%s:%zu: %s\n", messages.file, line, message);
-    if (!std::string_view(message).starts_with("warning: ")) messages.any_error = true;
+    const bool is_warning = std::string_view(message).starts_with("warning: ");
+    if (++(is_warning ? messages.warnings : messages.errors) > messages_shown) return;
+    try {
+        report(messages.file + ":" + std::to_string(line) + ": " + message);
+    } catch (const std::bad_alloc&) {
+        // The message is lost; that it came is not.
+    }
+}
+
+void tell_how_many_more(const std::string& file, size_t count, const char* sort) {
+    if (count > messages_shown)
+        report(file + ": " + std::to_string(count - messages_shown) + " more " + sort);
 }
 
 // The library takes what looks like NET text for text, which nothing that begins with a slash or a point does.
 std::string as_path(const std::string& file) { return file.starts_with('/') ? file : "./" + file; }
 
-q_domain_t read_domain(const std::string& file) {
-    parse_messages messages{file.c_str()};
-    const q_domain_t domain = q_net_parse_domain(as_path(file).c_str(), print_parse_message, &messages);
-    if (domain == nullptr && messages.any_error) throw command_failure("");
-    if (domain == nullptr) fail_with_library_error(file);
+// Why the system does not let a file be read; empty when it now does.
+std::string why_unreadable(const std::string& path) {
+    if (access(path.c_str(), R_OK) != 0) return std::generic_category().message(errno);
+    std::error_code unknown;
+    const bool is_directory = std::filesystem::is_directory(path, unknown);
+    return is_directory ? std::generic_category().message(EISDIR) : "";
+}
+
+[[noreturn]] void fail_to_read(const std::string& file, q_error_t code) {
+    if (code == q_error_io)
+        if (const std::string reason = why_unreadable(file); !reason.empty())
+            throw command_failure(file + ": cannot be read: " + reason);
+    fail_with_library_error(file, code);
+}
+
+domain_owner read_domain(const std::string& file) {
+    if (file.empty()) throw usage_failure("the name of the MODEL file is missing");
+    parse_messages messages{file};
+    domain_owner domain(q_net_parse_domain(as_path(file).c_str(), print_parse_message, &messages));
+    const q_error_t code = q_error_code();
+    tell_how_many_more(file, messages.warnings, "warnings");
+    tell_how_many_more(file, messages.errors, "errors");
+    if (domain == nullptr && messages.errors > 0) throw command_failure("");
+    if (domain == nullptr) fail_to_read(file, code);
     return domain;
 }
 
@@ -46,16 +85,29 @@ q_node_t model::node_called(const std::string& name) const {
 }
 
 void model::compute() {
-    if (q_domain_compile(domain()) != q_error_none ||
-        q_domain_propagate(domain(), q_equilibrium_sum, q_mode_normal) != q_error_none)
-        fail_with_library_error(file_);
+    if (q_domain_compile(domain()) == q_error_none &&
+        q_domain_propagate(domain(), q_equilibrium_sum, q_mode_normal) == q_error_none)
+        return;
+    const q_error_t code = q_error_code();
+    if (code == q_error_invalid_probability_potential)
+        if (const std::string fault = find_table_fault(nodes_); !fault.empty())
+            throw command_failure(file_ + ": " + fault);
+    fail_with_library_error(file_, code);
 }
 
-std::string state_name(q_node_t node, size_t state) {
-    const std::string label = q_node_get_state_label(node, state);
-    const bool is_unique = q_node_get_state_index_from_label(node, label.c_str()) >= 0;
-    const bool looks_otherwise = label.starts_with('#') || label.starts_with('(');
-    return is_unique && !looks_otherwise ? label : "#" + std::to_string(state);
+std::string index_name(size_t state) { return std::to_string(state).insert(0, 1, '#'); }
+
+std::vector<std::string> state_names(q_node_t node) {
+    const size_t count = q_node_get_number_of_states(node);
+    std::unordered_map<std::string_view, size_t> uses;
+    for (size_t state = 0; state < count; ++state) ++uses[q_node_get_state_label(node, state)];
+    std::vector<std::string> names;
+    for (size_t state = 0; state < count; ++state) {
+        const std::string_view label = q_node_get_state_label(node, state);
+        const bool looks_otherwise = label.empty() || label.starts_with('#') || label.starts_with('(');
+        names.push_back(uses[label] == 1 && !looks_otherwise ? std::string(label) : index_name(state));
+    }
+    return names;
 }
 
 }  // namespace tool

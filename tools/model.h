@@ -10,6 +10,11 @@
 
 namespace tool {
 
+struct domain_deleter {
+    void operator()(q_domain_t domain) const noexcept { q_domain_delete(domain); }
+};
+using domain_owner = std::unique_ptr<std::remove_pointer_t<q_domain_t>, domain_deleter>;
+
 class model {
 public:
     // Reads a NET file; its errors and warnings go to standard error as "file:line: message".
@@ -26,16 +31,16 @@ public:
     void compute();
 
 private:
-    struct deleter {
-        void operator()(q_domain_t domain) const noexcept { q_domain_delete(domain); }
-    };
-
     std::string file_;
-    std::unique_ptr<std::remove_pointer_t<q_domain_t>, deleter> domain_;
+    domain_owner domain_;
     std::vector<q_node_t> nodes_;
 };
 
-// What selects a state on the command line: its label where that is taken for it alone, else '#' and its index.
-std::string state_name(q_node_t node, size_t state);
+// '#' and the index of a state.
+std::string index_name(size_t state);
+
+// What selects each state of a node on the command line: its label where that is taken for it alone, else '#' and its
+// index.
+std::vector<std::string> state_names(q_node_t node);
 
 }  // namespace tool

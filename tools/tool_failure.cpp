@@ -1,7 +1,5 @@
 #include "tool_failure.h"
 
-#include "quarn.h"
-
 namespace tool {
 namespace {
 
@@ -18,8 +16,8 @@ std::string in_words(q_error_t code) {
 
 }  // namespace
 
-void fail_with_library_error(const std::string& subject) {
-    throw command_failure(subject + ": " + in_words(q_error_code()));
+void fail_with_library_error(const std::string& subject, q_error_t code) {
+    throw command_failure(subject + ": " + in_words(code));
 }
 
 }  // namespace tool

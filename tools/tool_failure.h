@@ -4,6 +4,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "quarn.h"
+
 namespace tool {
 
 // The command cannot be done; nothing is printed for an empty message: all has been said.
@@ -18,7 +20,7 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-// Fails with what the library's last error means to a user.
-[[noreturn]] void fail_with_library_error(const std::string& subject);
+// Fails with what an error of the library, its last one, means to a user.
+[[noreturn]] void fail_with_library_error(const std::string& subject, q_error_t code = q_error_code());
 
 }  // namespace tool

@@ -42,8 +42,11 @@ void name_index::add(node& named) noexcept {
 
 std::size_t name_index::first_free_number(const domain& searched, char letter, std::size_t from) {
     if (taken_.letter != letter || from < taken_.first || from > taken_.end) taken_ = {letter, from, from};
+    std::string name;
     const auto is_taken = [&](std::size_t number) {
-        return find(searched, (std::string(1, letter) + std::to_string(number)).c_str()) != nullptr;
+        name.assign(1, letter);
+        name.append(std::to_string(number));
+        return find(searched, name.c_str()) != nullptr;
     };
     while (is_taken(taken_.end)) ++taken_.end;
     return taken_.end;

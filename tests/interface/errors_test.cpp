@@ -1,84 +1,145 @@
-// The error codes: their texts, and whose they are.
-#include <cstdint>
-#include <limits>
+// The error codes, and null handles and pointers in every place of every function.
+#include <fstream>
+#include <map>
 #include <set>
-#include <string>
+#include <sstream>
 #include <thread>
+#include <tuple>
 
-#include <gtest/gtest.h>
-#include <quarn.h>
+#include "network_building.h"
 
 namespace {
 
 TEST(errors, every_code_has_a_name_and_a_description) {
-    const struct {
-        uint32_t code;
-        const char* name;
-        const char* description;
-    } cases[] = {
-        {q_error_none, "none",
-         "The most recent call to a Quarn API function was successful (or no function has been called)."},
-        {q_error_twice, "twice",
-         "An attempt has been made to assign a name that is already in use to a node or a class."},
-        {q_error_size_too_large, "size_too_large",
-         "The true size is too large to represent within the `size_t' type."},
-        {q_error_enumeration, "enumeration",
-         "The specified elimination sequence is invalid.  Possible causes: It contains a utility or a "
-         "real-valued "
-         "function node, a node appears twice, the nodes are `out-of-order', or the sequence is incomplete."},
-        {q_error_compressed, "compressed", "The operation is not supported on compressed domains."},
-        {q_error_invalid_evidence, "invalid_evidence",
-         "The specified evidence violates the \"free will\" condition, or evidence on a decision node is not "
-         "an "
-         "instantiation."},
-        {q_error_syntax, "syntax", "A syntax error has been detected while parsing an expression."},
-        {q_error_locale, "locale", "The Quarn API could not establish the C locale!"},
-        {q_error_error, "error",
-         "This is an \"impossible\" error.  It should never occur.  It might be caused by an error in the "
-         "Quarn "
-         "API."},
-        {48, "no_such_error", "No such error."},
-        {static_cast<uint32_t>(-1), "no_such_error", "No such error."},
-        {std::numeric_limits<int32_t>::max(), "no_such_error", "No such error."},
-    };
-    for (const auto& [code, name, description] : cases) {
-        EXPECT_STREQ(q_error_name(code), name) << code;
-        EXPECT_STREQ(q_error_description(code), description) << code;
-    }
-    std::set<std::string> names;
-    std::set<std::string> descriptions;
-    for (uint32_t code = 0; code <= 47; ++code) {
-        if (code >= 44 && code <= 46) {
-            EXPECT_STRNE(q_error_name(code), "no_such_error");
-            continue;
-        }
-        EXPECT_TRUE(names.insert(q_error_name(code)).second) << code;
-        EXPECT_TRUE(descriptions.insert(q_error_description(code)).second) << code;
-    }
+    std::map<uint32_t, const char*> names{{0, "none"},           {5, "twice"},  {28, "compressed"},
+                                          {43, "locale"},        {47, "error"}, {48, "no_such_error"},
+                                          {~0u, "no_such_error"}};
+    for (const auto& [code, name] : names) EXPECT_STREQ(q_error_name(code), name);
+    EXPECT_STREQ(q_error_description(28), "The operation is not supported on compressed domains.");
+    EXPECT_STREQ(q_error_description(48), "No such error.");
+    std::set<std::string> texts;
+    for (uint32_t code = 0; code < 44; ++code)
+        for (const char* text : {q_error_name(code), q_error_description(code)})
+            EXPECT_TRUE(texts.insert(text).second) << code;
 }
 
-TEST(errors, looking_texts_up_leaves_the_code_alone_and_success_resets_it) {
+TEST(errors, each_thread_has_the_code_of_its_last_call) {
     EXPECT_EQ(q_domain_delete(nullptr), q_error_usage);
-    q_error_name(5);
     q_error_description(500);
+    std::thread([] {
+        EXPECT_EQ(q_error_code(), q_error_none);
+        EXPECT_EQ(q_domain_set_attribute(owned_domain(q_domain_new()).get(), "no key", ""),
+                  q_error_invalid_name);
+    }).join();
     EXPECT_EQ(q_error_code(), q_error_usage);
-    EXPECT_EQ(q_error_code(), q_error_usage);
-    q_domain_t domain = q_domain_new();
+    q_domain_delete(q_domain_new());
     EXPECT_EQ(q_error_code(), q_error_none);
-    EXPECT_EQ(q_domain_delete(domain), q_error_none);
 }
 
-TEST(errors, each_thread_has_its_own_code) {
-    EXPECT_EQ(q_domain_delete(nullptr), q_error_usage);
-    std::thread other([] {
-        EXPECT_EQ(q_error_code(), q_error_none);
-        q_domain_t domain = q_domain_new();
-        EXPECT_EQ(q_domain_set_attribute(domain, "no key", "value"), q_error_invalid_name);
-        EXPECT_EQ(q_error_code(), q_error_invalid_name);
-        q_domain_delete(domain);
-    });
-    other.join();
-    EXPECT_EQ(q_error_code(), q_error_usage);
+// What a function returns when it fails: by the type of its result, but for these.
+const std::map<std::string, int> other_failures{{"q_node_get_category", -1},
+                                                {"q_node_get_kind", -2},
+                                                {"q_node_get_subtype", -1},
+                                                {"q_domain_get_log_normalization_constant", 1}};
+
+template <class Result>
+Result failure_of(const std::string& function) {
+    if constexpr (std::is_pointer_v<Result>)
+        return nullptr;
+    else if (other_failures.contains(function))
+        return Result(other_failures.at(function));
+    else
+        return std::is_same_v<Result, q_status_t> ? Result(q_error_usage) : Result(-1);
+}
+
+// A valid argument; where there is none, it is in a function whose only argument it is.
+template <class T>
+T valid(q_domain_t domain) {
+    static const char* labels[] = {"a", nullptr};
+    static int32_t places[2], next = 0;
+    q_node_t node = q_domain_get_first_node(domain);
+    if constexpr (std::is_same_v<T, q_domain_t>) return domain;
+    if constexpr (std::is_same_v<T, q_node_t>) return node;
+    if constexpr (std::is_same_v<T, q_table_t>) return q_node_get_table(node);
+    if constexpr (std::is_same_v<T, const char*>) return labels[0];
+    if constexpr (std::is_same_v<T, const char* const*>) return labels;
+    if constexpr (std::is_same_v<T, int32_t*>) return &places[next++ % 2];
+    return T{};
+}
+
+// User data, callbacks and their data may be null, and the value of an attribute.
+template <class T>
+constexpr bool may_be_null =
+    !std::is_pointer_v<T> || std::is_same_v<T, void*> || std::is_function_v<std::remove_pointer_t<T>>;
+
+template <class Result, class... Parameters>
+void expect_nulls_refused(const std::string& name, Result (*function)(Parameters...)) {
+    const bool optional[] = {may_be_null<Parameters>...};
+    for (std::size_t null = 0; null < sizeof...(Parameters); ++null) {
+        if (optional[null] || (null == 2 && name.ends_with("_set_attribute"))) continue;
+        const owned_domain domain = network("cd");
+        std::tuple<Parameters...> arguments{valid<Parameters>(domain.get())...};
+        std::size_t place = 0;
+        std::apply([&](auto&... each) { (void(place++ == null ? each = {} : each), ...); }, arguments);
+        EXPECT_EQ(std::apply(function, arguments), failure_of<Result>(name)) << name << ", argument " << null;
+        EXPECT_EQ(q_error_code(), q_error_usage) << name << ", argument " << null;
+    }
+}
+
+// clang-format off
+#define FUNCTIONS \
+    q_domain_delete, q_domain_set_log_file, q_domain_new_node, q_domain_get_first_node, \
+    q_domain_get_node_by_name, q_domain_set_node_size, q_domain_get_node_size, q_domain_set_attribute, \
+    q_domain_get_attribute, q_domain_get_first_attribute, q_attribute_get_next, q_attribute_get_key, \
+    q_attribute_get_value, q_domain_set_user_data, q_domain_get_user_data, q_domain_set_user_data_cleanup, \
+    q_node_get_next, q_node_get_domain, q_node_get_category, q_node_get_kind, q_node_get_subtype, \
+    q_node_set_category, q_node_set_subtype, q_node_set_name, q_node_get_name, q_node_set_label, \
+    q_node_get_label, q_node_set_position, q_node_get_position, q_node_set_number_of_states, \
+    q_node_get_number_of_states, q_node_set_state_label, q_node_get_state_label, q_node_set_state_value, \
+    q_node_get_state_value, q_node_get_state_index_from_label, q_node_get_state_index_from_value, \
+    q_node_reorder_states, q_node_add_parent, q_node_remove_parent, q_node_remove_parent_keep_state, \
+    q_node_switch_parent, q_node_get_parents, q_node_get_children, q_node_get_ancestors, \
+    q_node_get_descendants, q_node_clone, q_node_delete, q_node_set_attribute, q_node_get_attribute, \
+    q_node_get_first_attribute, q_node_set_user_data, q_node_get_user_data, q_node_set_user_data_cleanup, \
+    q_node_get_table, q_node_touch_table, q_node_get_experience_table, q_node_get_fading_table, \
+    q_node_new_experience_table, q_node_new_fading_table, q_table_get_nodes, q_table_get_data, \
+    q_table_get_size, q_table_get_cg_size, q_table_get_mean, q_table_get_covariance, q_table_get_variance, \
+    q_node_set_cg_intercept, q_node_set_cg_coefficient, q_node_set_cg_variance, q_node_get_cg_intercept, \
+    q_node_get_cg_coefficient, q_node_get_cg_variance, q_domain_compile, q_domain_uncompile, \
+    q_domain_is_compiled, q_domain_is_triangulated, q_domain_get_first_junction_tree, \
+    q_junction_tree_get_next, q_junction_tree_get_root, q_junction_tree_get_cliques, \
+    q_junction_tree_get_total_size, q_clique_get_junction_tree, q_clique_get_members, \
+    q_clique_get_neighbors, q_node_get_junction_tree, q_node_enter_finding, q_node_select_state, \
+    q_node_retract_findings, q_domain_retract_findings, q_node_get_entered_finding, \
+    q_node_get_propagated_finding, q_node_get_selected_state, q_node_get_propagated_state, \
+    q_node_evidence_is_entered, q_node_evidence_is_propagated, q_node_evidence_to_propagate, \
+    q_node_likelihood_is_entered, q_domain_evidence_to_propagate, q_domain_evidence_is_propagated, \
+    q_domain_propagate, q_node_get_belief, q_domain_get_normalization_constant, \
+    q_domain_get_log_normalization_constant, q_net_parse_domain
+// clang-format on
+#define TEXT_OF(...) #__VA_ARGS__
+#define NAMES_OF(list) TEXT_OF(list)
+
+TEST(errors, null_handles_are_refused_in_every_place) {
+    std::vector<std::string> names;
+    std::istringstream listed(NAMES_OF((FUNCTIONS)));
+    for (std::string name; std::getline(listed >> std::ws, name, ',');) names.push_back(name);
+    names.front().erase(0, 1);
+    names.back().pop_back();
+    auto expect_all_refused = [name = names.begin()](auto... functions) mutable {
+        (expect_nulls_refused(*name++, functions), ...);
+    };
+    expect_all_refused(FUNCTIONS);
+
+    std::set<std::string> declared, covered(names.begin(), names.end());
+    std::ifstream header(QUARN_SOURCE_DIR "/include/quarn.h");
+    for (std::string line; std::getline(header, line);)
+        if (line.starts_with("Q_API")) {
+            line.erase(line.find('('));
+            declared.insert(line.substr(line.rfind(' ') + 1));
+        }
+    covered.insert({"q_error_code", "q_error_name", "q_error_description", "q_domain_new"});
+    EXPECT_EQ(covered, declared);
 }
 
 }  // namespace

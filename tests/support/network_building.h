@@ -1,10 +1,10 @@
 // Short forms of what most tests do to build a network and to look into it.
 #pragma once
-
 #include <algorithm>
 #include <cstddef>
 #include <initializer_list>
-#include <utility>
+#include <sstream>
+#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -12,33 +12,26 @@
 
 #include "owned_domain.h"
 
+// A node as two letters: category c, d, u or f (chance, decision, utility, function) and kind d, c or o.
+inline q_node_t new_node(q_domain_t domain, const char* letters) {
+    const int categories[] = {q_category_chance, q_category_decision, q_category_utility,
+                              q_category_function};
+    const int kinds[] = {q_kind_discrete, q_kind_continuous, q_kind_other};
+    return q_domain_new_node(domain, categories[std::string("cduf").find(letters[0])],
+                             kinds[std::string("dco").find(letters[1])]);
+}
+
 inline q_node_t new_chance(q_domain_t domain, const char* name, std::size_t states,
-                           std::initializer_list<q_node_t> parents = {}) {
-    q_node_t node = q_domain_new_node(domain, q_category_chance, q_kind_discrete);
+                           std::initializer_list<q_node_t> parents = {}, const char* letters = "cd") {
+    q_node_t node = new_node(domain, letters);
     q_node_set_name(node, name);
     q_node_set_number_of_states(node, states);
     for (q_node_t parent : parents) q_node_add_parent(node, parent);
     return node;
 }
-
 inline q_node_t new_continuous(q_domain_t domain, const char* name,
                                std::initializer_list<q_node_t> parents = {}) {
-    q_node_t node = q_domain_new_node(domain, q_category_chance, q_kind_continuous);
-    q_node_set_name(node, name);
-    for (q_node_t parent : parents) q_node_add_parent(node, parent);
-    return node;
-}
-
-// A node as two letters: category c, d, u or f (chance, decision, utility, function) and kind d, c or o.
-inline q_node_t new_node(q_domain_t domain, const char* letters) {
-    const q_category_t category = letters[0] == 'c'   ? q_category_chance
-                                  : letters[0] == 'd' ? q_category_decision
-                                  : letters[0] == 'u' ? q_category_utility
-                                                      : q_category_function;
-    return q_domain_new_node(domain, category,
-                             letters[1] == 'd'   ? q_kind_discrete
-                             : letters[1] == 'c' ? q_kind_continuous
-                                                 : q_kind_other);
+    return new_chance(domain, name, 0, parents, "cc");
 }
 
 // The null-terminated list of handles that the library returned.
@@ -58,31 +51,22 @@ inline void set_data(q_table_t table, const std::vector<double>& numbers) {
     std::copy(numbers.begin(), numbers.end(), q_table_get_data(table));
 }
 
-// The nodes of a domain in creation order.
+// The nodes of a domain in creation order, and one of them by its number from 0.
 inline std::vector<q_node_t> nodes_of(q_domain_t domain) {
     std::vector<q_node_t> nodes;
     for (q_node_t node = q_domain_get_first_node(domain); node != nullptr; node = q_node_get_next(node))
         nodes.insert(nodes.begin(), node);
     return nodes;
 }
+inline q_node_t node_at(q_domain_t domain, std::size_t number) { return nodes_of(domain).at(number); }
 
-// A node by its number in creation order, from 0; allocates nothing.
-inline q_node_t node_at(q_domain_t domain, std::size_t number) {
-    std::size_t newer = 0;
-    for (q_node_t node = q_domain_get_first_node(domain); node != nullptr; node = q_node_get_next(node))
-        ++newer;
-    q_node_t node = q_domain_get_first_node(domain);
-    for (; newer > number + 1; --newer) node = q_node_get_next(node);
-    return node;
-}
-
-// Unnamed nodes, and links between them: from number, to number.
-using links = std::vector<std::pair<std::size_t, std::size_t>>;
-inline owned_domain network(const std::vector<const char*>& nodes, const links& present) {
+// Unnamed nodes such as "cd uo", with links between them such as "01": from the first to the second.
+inline owned_domain network(const std::string& nodes, const std::string& links = "") {
     owned_domain domain(q_domain_new());
-    for (const char* node : nodes) EXPECT_NE(new_node(domain.get(), node), nullptr) << node;
-    for (const auto& [from, to] : present)
-        EXPECT_EQ(q_node_add_parent(node_at(domain.get(), to), node_at(domain.get(), from)), q_error_none)
-            << from << " to " << to;
+    std::istringstream letters(nodes), ends(links);
+    for (std::string node; letters >> node;) EXPECT_NE(new_node(domain.get(), node.c_str()), nullptr) << node;
+    const auto end = [&](char digit) { return node_at(domain.get(), std::size_t(digit - '0')); };
+    for (std::string link; ends >> link;)
+        EXPECT_EQ(q_node_add_parent(end(link[1]), end(link[0])), q_error_none) << link;
     return domain;
 }

@@ -1,6 +1,5 @@
 // A domain that is deleted at the end of its scope.
 #pragma once
-
 #include <memory>
 
 #include <quarn.h>

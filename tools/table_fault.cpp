@@ -1,0 +1,82 @@
+#include "table_fault.h"
+
+#include <cmath>
+#include <limits>
+#include <numeric>
+#include <span>
+
+#include "model.h"
+
+namespace tool {
+namespace {
+
+constexpr double too_large = std::numeric_limits<double>::max();
+
+struct fault {
+    std::string subject;
+    const char* problem = nullptr;  // null: there is none
+};
+
+const char* problem_of(double probability) {
+    if (std::isnan(probability)) return "is not a number";
+    if (probability < 0) return "is negative";
+    if (std::isinf(probability)) return "is infinite";
+    return probability >= too_large ? "is too large" : nullptr;
+}
+
+fault find_fault(q_node_t node, std::span<const double> distribution) {
+    for (size_t state = 0; state < distribution.size(); ++state)
+        if (const char* problem = problem_of(distribution[state]); problem != nullptr)
+            return {std::string("the probability of ") + state_names(node)[state], problem};
+    const double sum = std::accumulate(distribution.begin(), distribution.end(), 0.0);
+    if (sum == 0) return {"the probabilities", "sum to 0"};
+    if (sum >= too_large) return {"the probabilities", "sum to more than a number can hold"};
+    return {};
+}
+
+// The states of the parents in one of so many rows; the last parent varies fastest.
+std::string condition_of(std::span<const q_node_t> parents, size_t row, size_t rows) {
+    std::string text;
+    for (const q_node_t parent : parents) {
+        rows /= q_node_get_number_of_states(parent);
+        text += text.empty() ? " given " : ", ";
+        text.append(q_node_get_name(parent)).append("=").append(state_names(parent)[row / rows]);
+        row %= rows;
+    }
+    return text;
+}
+
+// The nodes of the table but the last, which is the node itself.
+std::vector<q_node_t> conditioning_nodes(q_table_t table) {
+    std::vector<q_node_t> nodes;
+    for (const q_node_t* node = q_table_get_nodes(table); node != nullptr && *node != nullptr; ++node)
+        nodes.push_back(*node);
+    if (!nodes.empty()) nodes.pop_back();
+    return nodes;
+}
+
+std::string find_fault(q_node_t node) {
+    if (q_node_get_category(node) != q_category_chance || q_node_get_kind(node) != q_kind_discrete) return "";
+    const q_table_t table = q_node_get_table(node);
+    const double* entries = q_table_get_data(table);
+    if (entries == nullptr) return "";
+    const size_t states = q_node_get_number_of_states(node);
+    const size_t rows = q_table_get_size(table) / states;
+    for (size_t row = 0; row < rows; ++row) {
+        const fault found = find_fault(node, {entries + row * states, states});
+        if (found.problem == nullptr) continue;
+        return std::string("node ") + q_node_get_name(node) + ": " + found.subject +
+               condition_of(conditioning_nodes(table), row, rows) + " " + found.problem;
+    }
+    return "";
+}
+
+}  // namespace
+
+std::string find_table_fault(const std::vector<q_node_t>& nodes) {
+    for (const q_node_t node : nodes)
+        if (std::string found = find_fault(node); !found.empty()) return found;
+    return "";
+}
+
+}  // namespace tool
