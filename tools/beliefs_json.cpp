@@ -7,12 +7,13 @@ namespace tool {
 using nlohmann::ordered_json;
 
 std::string beliefs_as_json(const model_beliefs& shown) {
-    ordered_json evidence = ordered_json::object();
-    ordered_json beliefs = ordered_json::object();
+    // Names are distinct, so they are added without looking for them, which would take longer for each.
+    ordered_json::object_t evidence;
+    ordered_json::object_t beliefs;
     for (const node_beliefs& node : shown.nodes) {
-        if (!node.observed.empty()) evidence[node.node] = node.observed;
-        if (!node.weights.empty()) evidence[node.node] = node.weights;
-        beliefs[node.node] = {{"states", node.states}, {"beliefs", node.beliefs}};
+        if (!node.observed.empty()) evidence.push_back({node.node, node.observed});
+        if (!node.weights.empty()) evidence.push_back({node.node, node.weights});
+        beliefs.push_back({node.node, {{"states", node.states}, {"beliefs", node.beliefs}}});
     }
     const ordered_json document = {{"model", shown.model},
                                    {"evidence", evidence},

@@ -9,6 +9,7 @@
 
 #include "enumeration.h"
 #include "owned_domain.h"
+#include "scenarios.h"
 
 namespace {
 
@@ -153,6 +154,21 @@ TEST(Inference, RefusesInvalidTablesUntilTheyAreMended) {
         EXPECT_EQ(q_error_code(), row.valid ? q_error_none : q_error_no_equilibrium);
         EXPECT_EQ(data[0], row.valid ? 0.75 : 3) << "a table that is refused stays as it was";
     }
+}
+
+TEST(Inference, SurvivesLackOfMemory) {
+    const auto build = [] {
+        owned_domain domain = network("cd cd", "01");
+        for (q_node_t node : nodes_of(domain.get())) q_node_set_number_of_states(node, 2);
+        set_data(q_node_get_table(node_at(domain.get(), 0)), {0.5, 0.5});
+        set_data(q_node_get_table(node_at(domain.get(), 1)), {0.25, 0.75, 1, 0});
+        q_node_enter_finding(node_at(domain.get(), 1), 0, 0.125);
+        EXPECT_EQ(q_domain_compile(domain.get()), q_error_none);
+        return domain;
+    };
+    expect_survives_lack_of_memory({"propagate", build, [](q_domain_t domain) {
+                                        return q_domain_propagate(domain, q_equilibrium_sum, q_mode_normal);
+                                    }});
 }
 
 TEST(Compilation, RefusesWhatTheMachineCannotHold) {
