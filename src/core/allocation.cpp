@@ -21,25 +21,6 @@ void* allocate(std::size_t size) {
     return ::operator new(size);
 }
 
-void* reallocate(void* block, std::size_t old_size, std::size_t size) {
-    void* grown = allocate(size);
-    if (block != nullptr) std::memcpy(grown, block, std::min(old_size, size));
-    release(block);
-    return grown;
-}
-
-void* shrink(void* block, std::size_t size) noexcept {
-    if (block == nullptr || size == 0) {
-        release(block);
-        return nullptr;
-    }
-    void* smaller = ::operator new(size, std::nothrow);
-    if (smaller == nullptr) return block;
-    std::memcpy(smaller, block, size);
-    release(block);
-    return smaller;
-}
-
 void release(void* block) noexcept { ::operator delete(block); }
 
 text duplicate_string(const char* source) {

@@ -19,10 +19,6 @@ std::size_t machine_memory() noexcept;
 
 // Memory for the caller to release(). Fails with std::bad_alloc, for the largest size without asking the system.
 void* allocate(std::size_t size);
-// The block's first old_size bytes in a block of another size; when it fails the old block is as it was.
-void* reallocate(void* block, std::size_t old_size, std::size_t size);
-// Gives back what a block has beyond size bytes; never fails: the block may come back as it is. Size 0 releases it.
-void* shrink(void* block, std::size_t size) noexcept;
 void release(void* block) noexcept;
 
 struct releaser {

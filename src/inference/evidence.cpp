@@ -8,10 +8,6 @@
 namespace quarn {
 namespace {
 
-void require_state(const node& observed, std::size_t state) {
-    require(observed.is_discrete() && state < observed.state_count);
-}
-
 const junction_forest& required_forest(const domain& compiled) {
     const junction_forest* forest = forest_of(compiled);
     require(forest != nullptr, q_error_not_compiled);
@@ -19,6 +15,10 @@ const junction_forest& required_forest(const domain& compiled) {
 }
 
 }  // namespace
+
+void require_state(const node& observed, std::size_t state) {
+    require(observed.is_discrete() && state < observed.state_count);
+}
 
 void enter_finding(node& observed, std::size_t state, double weight) {
     require_state(observed, state);

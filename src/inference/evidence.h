@@ -5,6 +5,9 @@
 
 namespace quarn {
 
+// Fails with q_error_usage unless the node is discrete and has the state.
+void require_state(const node& observed, std::size_t state);
+
 // Fail with q_error_usage for a node that is not discrete, a state out of range, or a weight that is none.
 void enter_finding(node& observed, std::size_t state, double weight);
 void select_state(node& observed, std::size_t state);

@@ -3,15 +3,6 @@
 
 using namespace quarn;
 
-namespace {
-
-double weight_of(const node& owner, const findings& evidence, std::size_t state) {
-    require(owner.is_discrete() && state < owner.state_count);
-    return evidence.weight(state);
-}
-
-}  // namespace
-
 q_status_t q_node_enter_finding(q_node_t node, size_t state, q_number_t value) {
     return api_status({node}, [&] { enter_finding(*node, state, value); });
 }
@@ -29,12 +20,17 @@ q_status_t q_domain_retract_findings(q_domain_t domain) {
 }
 
 q_number_t q_node_get_entered_finding(q_node_t node, size_t state) {
-    return api_call<q_number_t>(-1.0, {node}, [&] { return weight_of(*node, node->evidence, state); });
+    return api_call<q_number_t>(-1.0, {node}, [&] {
+        require_state(*node, state);
+        return node->evidence.weight(state);
+    });
 }
 
 q_number_t q_node_get_propagated_finding(q_node_t node, size_t state) {
-    return api_call<q_number_t>(-1.0, {node},
-                                [&] { return weight_of(*node, propagated_node(*node).propagated, state); });
+    return api_call<q_number_t>(-1.0, {node}, [&] {
+        require_state(*node, state);
+        return propagated_node(*node).propagated.weight(state);
+    });
 }
 
 int64_t q_node_get_selected_state(q_node_t node) {

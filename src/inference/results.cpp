@@ -19,7 +19,7 @@ const junction_forest& propagated_forest(const domain& asked) {
 }  // namespace
 
 double belief(const node& asked, std::size_t state) {
-    require(asked.is_discrete() && state < asked.state_count);
+    require_state(asked, state);
     const std::size_t first = propagated_node(asked).first_belief;
     return forest_of(*asked.domain)->beliefs[first + state];
 }

@@ -349,6 +349,8 @@ TEST(Results, AreReadInTheRightOrderOnly) {
         EXPECT_EQ(q_error_code(), code);
     };
     expect_code(q_error_not_compiled);
+    EXPECT_EQ(q_node_get_propagated_finding(node, 2), -1.0);
+    EXPECT_EQ(q_error_code(), q_error_usage) << "a wrong state is reported first";
     EXPECT_EQ(q_domain_propagate(domain.get(), q_equilibrium_sum, q_mode_normal), q_error_not_compiled);
     ASSERT_EQ(q_domain_compile(domain.get()), q_error_none);
     EXPECT_EQ(q_domain_compile(domain.get()), q_error_usage) << "compiled already";
