@@ -183,6 +183,25 @@ Q_API q_status_t q_domain_delete(q_domain_t domain);
 Q_API q_status_t q_domain_set_log_file(q_domain_t domain, const char* path, int append);
 
 /**
+ * Sets how many threads an operation on the tables of a domain may use: 1, the default, means the calling thread alone.
+ * With more, propagation splits its work on large tables; threads are started for one operation and have ended when it
+ * does, so none is there between calls. The results are the same to the last bit for every number of threads.
+ *
+ * errors  q_error_usage: a level of 0
+ */
+Q_API q_status_t q_domain_set_concurrency_level(q_domain_t domain, size_t level);
+Q_API size_t q_domain_get_concurrency_level(q_domain_t domain);
+
+/**
+ * Sets the least work that a thread is started for, in operations on single numbers; 10000 by default. Starting a thread
+ * takes some ten microseconds, in which this many operations are done.
+ *
+ * errors  q_error_usage: a grain of 0
+ */
+Q_API q_status_t q_domain_set_grain_size(q_domain_t domain, size_t grain);
+Q_API size_t q_domain_get_grain_size(q_domain_t domain);
+
+/**
  * Creates a node, unnamed and without links, with subtype label; a discrete one has one state. Uncompiles the domain
  * unless the node is a real-valued function.
  *

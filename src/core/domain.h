@@ -8,6 +8,7 @@
 #include "log_file.h"
 #include "name_index.h"
 #include "quarn.h"
+#include "workers.h"
 
 namespace quarn {
 
@@ -86,6 +87,7 @@ struct q_domain {
     void* user_data = nullptr;
     void (*user_data_cleanup)(q_domain_t) = nullptr;
 
+    quarn::workers workers;  // of operations on its tables
     quarn::log_file log;
     std::unique_ptr<quarn::compiled_state> compiled;
 };

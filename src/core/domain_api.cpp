@@ -16,6 +16,28 @@ q_status_t q_domain_set_log_file(q_domain_t domain, const char* path, int append
     return api_status({domain, path}, [&] { domain->log.open(path, append != 0); });
 }
 
+q_status_t q_domain_set_concurrency_level(q_domain_t domain, size_t level) {
+    return api_status({domain}, [&] {
+        require(level > 0);
+        domain->workers.level = level;
+    });
+}
+
+size_t q_domain_get_concurrency_level(q_domain_t domain) {
+    return api_call(largest_size, {domain}, [&] { return domain->workers.level; });
+}
+
+q_status_t q_domain_set_grain_size(q_domain_t domain, size_t grain) {
+    return api_status({domain}, [&] {
+        require(grain > 0);
+        domain->workers.grain = grain;
+    });
+}
+
+size_t q_domain_get_grain_size(q_domain_t domain) {
+    return api_call(largest_size, {domain}, [&] { return domain->workers.grain; });
+}
+
 q_node_t q_domain_new_node(q_domain_t domain, q_category_t category, q_kind_t kind) {
     return api_call<q_node_t>(nullptr, {domain},
                               [&] { return &create_node(*domain, category, kind_for(category, kind)); });

@@ -35,7 +35,8 @@ void require_exact(double number) { require(number >= smallest_exact, q_error_in
 
 class tree_propagation {
 public:
-    tree_propagation(junction_forest& forest, junction_tree& tree) : forest_(forest), tree_(tree) {}
+    tree_propagation(junction_forest& forest, junction_tree& tree, const workers& allowed)
+        : forest_(forest), tree_(tree), workers_(allowed) {}
 
     void run(bool with_evidence) {
         reset();
@@ -80,7 +81,7 @@ private:
 
     // All factors are at most 1. No entry gets lost unless it is negligible beside the largest one of its table.
     void multiply_into(clique& target, const loop_plan& plan, std::span<const double> factors) {
-        multiply(plan, target.table.data(), factors.data());
+        multiply(plan, target.table.data(), factors.data(), workers_);
         target.smallest_entry *= magnitudes_of(factors.data(), factors.size()).smallest_positive;
         if (target.smallest_entry >= safely_exact && std::isfinite(target.smallest_entry)) return;
         const magnitudes entries = magnitudes_of(target.table.data(), target.table.size());
@@ -118,7 +119,7 @@ private:
         for (auto next = tree_.separators.rbegin(); next != tree_.separators.rend(); ++next) {
             separator& to_parent = **next;
             number_array& marginal = to_parent.table;
-            sum_marginal(to_parent.in_child, to_parent.child->table.data(), marginal.data(), marginal.size());
+            sum_marginal(to_parent.in_child, to_parent.child->table.data(), marginal.data(), workers_);
             double largest = magnitudes_of(marginal.data(), marginal.size()).largest;
             require_exact(largest);
             if (largest < small) {
@@ -150,19 +151,19 @@ private:
         double* const marginal = forest_.scratch.data();
         for (separator* to_child : tree_.separators) {
             number_array& old = to_child->table;
-            sum_marginal(to_child->in_parent, to_child->parent->table.data(), marginal, old.size());
+            sum_marginal(to_child->in_parent, to_child->parent->table.data(), marginal, workers_);
             const double total = ratio(old.data(), marginal, old.size());
             require(total <= largest_ratio, q_error_inconsistency_or_underflow);
-            multiply(to_child->in_child, to_child->child->table.data(), old.data());
+            multiply(to_child->in_child, to_child->child->table.data(), old.data(), workers_);
             std::copy_n(marginal, old.size(), old.data());
         }
     }
 
-    void update_beliefs() noexcept {
+    void update_beliefs() {
         for (node* member : tree_.nodes) {
             compiled_node& updated = forest_.of(*member);
             double* const beliefs = forest_.beliefs.data() + updated.first_belief;
-            sum_marginal(updated.in_best, updated.best->table.data(), beliefs, member->state_count);
+            sum_marginal(updated.in_best, updated.best->table.data(), beliefs, workers_);
             const double sum = sum_of(beliefs, member->state_count);
             std::for_each_n(beliefs, member->state_count, [&](double& belief) { belief /= sum; });
         }
@@ -170,6 +171,7 @@ private:
 
     junction_forest& forest_;
     junction_tree& tree_;
+    workers workers_;
 };
 
 bool is_up_to_date(const junction_forest& forest, const junction_tree& tree) noexcept {
@@ -178,14 +180,14 @@ bool is_up_to_date(const junction_forest& forest, const junction_tree& tree) noe
                                 [&](const node* n) { return has_evidence_to_propagate(forest.of(*n)); });
 }
 
-void propagate_tree(junction_forest& forest, junction_tree& tree) {
+void propagate_tree(junction_forest& forest, junction_tree& tree, const workers& allowed) {
     if (is_up_to_date(forest, tree)) return;
-    tree_propagation propagation(forest, tree);
     try {
-        propagation.run(true);
+        tree_propagation(forest, tree, allowed).run(true);
     } catch (...) {
         try {
-            propagation.run(false);
+            constexpr workers none{};  // needs no memory
+            tree_propagation(forest, tree, none).run(false);
         } catch (...) {  // the tables themselves are at fault: the tree stays without equilibrium
         }
         throw;
@@ -198,7 +200,7 @@ void propagate(domain& compiled, q_equilibrium_t equilibrium, q_mode_t mode) {
     require(equilibrium == q_equilibrium_sum && mode == q_mode_normal);
     junction_forest* const forest = forest_of(compiled);
     require(forest != nullptr, q_error_not_compiled);
-    for (const auto& tree : forest->trees) propagate_tree(*forest, *tree);
+    for (const auto& tree : forest->trees) propagate_tree(*forest, *tree, compiled.workers);
 }
 
 }  // namespace quarn

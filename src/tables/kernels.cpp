@@ -4,34 +4,6 @@
 
 namespace quarn {
 
-void multiply_run(double* target, std::size_t stride, const double* source, std::size_t source_stride,
-                  std::size_t count) noexcept {
-    if (source_stride == 0) {
-        const double factor = *source;
-        if (stride == 1)
-            for (std::size_t i = 0; i < count; ++i) target[i] *= factor;
-        else
-            for (std::size_t i = 0; i < count; ++i) target[i * stride] *= factor;
-    } else if (stride == 1 && source_stride == 1) {
-        for (std::size_t i = 0; i < count; ++i) target[i] *= source[i];
-    } else {
-        for (std::size_t i = 0; i < count; ++i) target[i * stride] *= source[i * source_stride];
-    }
-}
-
-void add_run(double* result, std::size_t result_stride, const double* source, std::size_t stride,
-             std::size_t count) noexcept {
-    if (result_stride == 0) {
-        double sum = 0;
-        for (std::size_t i = 0; i < count; ++i) sum += source[i * stride];
-        *result += sum;
-    } else if (stride == 1 && result_stride == 1) {
-        for (std::size_t i = 0; i < count; ++i) result[i] += source[i];
-    } else {
-        for (std::size_t i = 0; i < count; ++i) result[i * result_stride] += source[i * stride];
-    }
-}
-
 double sum_of(const double* numbers, std::size_t count) noexcept {
     double sum = 0;
     for (std::size_t i = 0; i < count; ++i) sum += numbers[i];
@@ -49,6 +21,10 @@ double ratio(double* last, const double* next, std::size_t count) noexcept {
         sum += last[i];
     }
     return sum;
+}
+
+void divide_by_weights(double* sums, const double* weights, std::size_t count) noexcept {
+    for (std::size_t i = 0; i < count; ++i) sums[i] = weights[i] == 0 ? 0 : sums[i] / weights[i];
 }
 
 magnitudes magnitudes_of(const double* numbers, std::size_t count) noexcept {

@@ -1,22 +1,17 @@
-// The innermost loops of the operations on tables. They take pointers, counts and strides, allocate nothing and cannot
-// fail; a source stride of 0 means one number for the whole run.
+// Loops over the numbers of one table, or of two of the same shape. They allocate nothing and cannot fail.
 #pragma once
 
 #include <cstddef>
 
 namespace quarn {
 
-// target[i] *= source[i]
-void multiply_run(double* target, std::size_t stride, const double* source, std::size_t source_stride,
-                  std::size_t count) noexcept;
-// result[i] += source[i]
-void add_run(double* result, std::size_t result_stride, const double* source, std::size_t stride,
-             std::size_t count) noexcept;
-
 double sum_of(const double* numbers, std::size_t count) noexcept;
 void scale(double* numbers, std::size_t count, double factor) noexcept;
 // next[i] / last[i] where last[i] is positive, else 0, into last. Returns the sum.
 double ratio(double* last, const double* next, std::size_t count) noexcept;
+
+// Divides sums of products by the sums of their weights; a weight of 0 gives 0.
+void divide_by_weights(double* sums, const double* weights, std::size_t count) noexcept;
 
 // The extremes of numbers none of which is negative: the largest (0 when all are zero), and the smallest that is
 // positive (infinite when none is).

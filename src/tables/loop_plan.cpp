@@ -1,40 +1,166 @@
 #include "loop_plan.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "sizes.h"
 
 namespace quarn {
 namespace {
 
-// Stride of a node in a table over `nodes`; 0 when it is not in it.
-std::size_t stride_of(const node* member, std::span<node* const> nodes) noexcept {
-    const auto place = std::ranges::find(nodes, member);
-    if (place == nodes.end()) return 0;
-    return configurations(nodes.subspan(static_cast<std::size_t>(place - nodes.begin()) + 1));
-}
+constexpr std::size_t long_run = 8;    // from this many entries on a run keeps a kernel busy
+constexpr std::size_t full_tile = 64;  // entries after which a list of positions takes in no further level
 
-// Whether a step of the outer level is a whole round of the inner one, in both tables.
-bool can_merge(const loop_level& outer, const loop_level& inner) noexcept {
-    return outer.stride == inner.count * inner.stride &&
-           outer.source_stride == inner.count * inner.source_stride;
-}
+// Moves levels from the list of a plan into its tile.
+class tile_choice {
+public:
+    explicit tile_choice(loop_plan& plan) : levels_(plan.outer), tile_(plan.tile) {}
+
+    void make() {
+        if (levels_.empty()) return list();
+        const loop_level innermost = levels_.back();
+        const loop_level next = levels_.size() > 1 ? levels_.end()[-2] : loop_level{1, 0, 0};
+        const bool listable = innermost.count < long_run && innermost.count * next.count <= largest_list;
+        if (listable) return list();
+        if (!innermost.kept()) {
+            tile_.kind = tile_kind::rows;
+            tile_.removed = take_last();
+            if (next.kept()) tile_.kept = take_last();
+        } else if (innermost.smaller == 1 || !next.kept()) {
+            tile_.kind = tile_kind::columns;
+            tile_.kept = take_last();
+            if (next.count > 1 && !next.kept()) tile_.removed = take_last();
+        } else {
+            tile_.kind = tile_kind::crossed;
+            tile_.kept = take_last();
+            if (const auto contiguous = finest_of_smaller(); contiguous != levels_.end()) {
+                tile_.removed = *contiguous;
+                levels_.erase(contiguous);
+            }
+        }
+    }
+
+private:
+    loop_level take_last() {
+        const loop_level taken = levels_.back();
+        levels_.pop_back();
+        return taken;
+    }
+
+    loop_levels::iterator innermost() { return levels_.empty() ? levels_.end() : levels_.end() - 1; }
+
+    // The kept level with the smallest step in the smaller table.
+    loop_levels::iterator finest_of_smaller() {
+        auto finest = levels_.end();
+        for (auto level = levels_.begin(); level != levels_.end(); ++level)
+            if (level->kept() && (finest == levels_.end() || level->smaller < finest->smaller))
+                finest = level;
+        return finest;
+    }
+
+    // From the inside out, and with each level also the one in which the smaller table moves least, so that both tables
+    // are used by whole cache lines. Of the removed levels always the innermost ones, so that their order stays.
+    void list() {
+        loop_levels listed;
+        std::size_t entries = 1;
+        const auto take = [&](loop_levels::iterator level) {
+            if (level == levels_.end() || entries >= full_tile || entries * level->count > largest_list)
+                return false;
+            entries *= level->count;
+            listed.push_back(*level);
+            levels_.erase(level);
+            return true;
+        };
+        while (take(innermost()))
+            if (finest_of_smaller() != innermost()) take(finest_of_smaller());
+
+        tile_.kind = tile_kind::scattered;
+        tile_.kept_positions = {{0, 0}};
+        tile_.removed_positions = {0};
+        for (auto level = listed.rbegin(); level != listed.rend(); ++level) {
+            if (level->kept())
+                tile_.kept_positions = extended(tile_.kept_positions, *level);
+            else
+                tile_.removed_positions = extended(tile_.removed_positions, *level);
+        }
+        tile_.kept.count = tile_.kept_positions.size();
+        tile_.removed.count = tile_.removed_positions.size();
+    }
+
+    static std::vector<tile_position> extended(const std::vector<tile_position>& outer,
+                                               const loop_level& level) {
+        std::vector<tile_position> all;
+        all.reserve(outer.size() * level.count);
+        for (const tile_position& from : outer)
+            for (std::size_t step = 0; step < level.count; ++step)
+                all.push_back({from.larger + step * level.larger, from.smaller + step * level.smaller});
+        return all;
+    }
+
+    static std::vector<std::size_t> extended(const std::vector<std::size_t>& outer, const loop_level& level) {
+        std::vector<std::size_t> all;
+        all.reserve(outer.size() * level.count);
+        for (const std::size_t from : outer)
+            for (std::size_t step = 0; step < level.count; ++step) all.push_back(from + step * level.larger);
+        return all;
+    }
+
+    loop_levels& levels_;
+    loop_tile& tile_;
+};
 
 }  // namespace
 
-loop_plan make_loop_plan(std::span<node* const> nodes, std::span<node* const> source) {
+loop_plan make_loop_plan(std::span<node* const> nodes, std::span<node* const> smaller,
+                         std::span<const std::ptrdiff_t> fixed) {
     loop_plan plan;
-    std::size_t stride = configurations(nodes);
-    for (const node* member : nodes) {
-        stride /= member->state_count;
-        if (member->state_count == 1) continue;
-        const loop_level level{member->state_count, stride, stride_of(member, source)};
-        if (!plan.levels.empty() && can_merge(plan.levels.back(), level))
-            plan.levels.back() = {plan.levels.back().count * level.count, level.stride, level.source_stride};
-        else
-            plan.levels.push_back(level);
+    plan.outer = make_levels(nodes, smaller);
+    if (!fixed.empty()) plan.start = simplify(plan.outer, fixed);
+    plan.one_to_one = is_one_to_one(plan.outer);
+    compress(plan.outer);
+    plan.larger_size = steps(plan.outer);
+    plan.smaller_size = configurations(smaller);
+    tile_choice(plan).make();
+    return plan;
+}
+
+// Merges neighbours among the kept levels, and the innermost removed ones as long as the products of the weights of
+// their states can be listed.
+void compress_weighted(loop_levels& levels) {
+    loop_levels merged;
+    bool innermost_removed = true;
+    for (auto level = levels.rbegin(); level != levels.rend(); ++level) {
+        const bool joins =
+            !merged.empty() && can_merge(*level, merged.back()) &&
+            (level->kept() || (innermost_removed && level->count * merged.back().count <= largest_list));
+        if (joins) {
+            merged.back().count *= level->count;
+            continue;
+        }
+        if (!merged.empty() && !merged.back().kept()) innermost_removed = false;
+        merged.push_back(*level);
     }
-    if (plan.levels.empty()) plan.levels.push_back({1, 1, 0});
+    levels.assign(merged.rbegin(), merged.rend());
+}
+
+weighted_plan make_weighted_plan(std::span<node* const> nodes, std::span<node* const> smaller) {
+    weighted_plan plan;
+    std::size_t removed = 0;
+    for (const loop_level& level : make_levels(nodes, smaller)) {
+        if (level.count > 1) plan.loops.outer.push_back(level);
+        if (level.kept()) continue;
+        (level.count > 1 ? plan.outer_nodes : plan.one_state_nodes).push_back({removed++, level.count});
+    }
+    compress_weighted(plan.loops.outer);
+    plan.loops.larger_size = steps(plan.loops.outer);
+    plan.loops.smaller_size = configurations(smaller);
+    tile_choice(plan.loops).make();
+    if (plan.loops.tile.kind == tile_kind::crossed) return plan;
+    auto first = plan.outer_nodes.end();
+    for (std::size_t steps_left = plan.loops.tile.removed.count; steps_left > 1; steps_left /= first->states)
+        --first;
+    plan.tile_nodes.assign(first, plan.outer_nodes.end());
+    plan.outer_nodes.erase(first, plan.outer_nodes.end());
     return plan;
 }
 

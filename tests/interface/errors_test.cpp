@@ -88,7 +88,8 @@ void expect_nulls_refused(const std::string& name, Result (*function)(Parameters
 
 // clang-format off
 #define FUNCTIONS \
-    q_domain_delete, q_domain_set_log_file, q_domain_new_node, q_domain_get_first_node, \
+    q_domain_delete, q_domain_set_log_file, q_domain_set_concurrency_level, q_domain_get_concurrency_level, \
+    q_domain_set_grain_size, q_domain_get_grain_size, q_domain_new_node, q_domain_get_first_node, \
     q_domain_get_node_by_name, q_domain_set_node_size, q_domain_get_node_size, q_domain_set_attribute, \
     q_domain_get_attribute, q_domain_get_first_attribute, q_attribute_get_next, q_attribute_get_key, \
     q_attribute_get_value, q_domain_set_user_data, q_domain_get_user_data, q_domain_set_user_data_cleanup, \

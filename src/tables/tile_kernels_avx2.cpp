@@ -1,0 +1,2 @@
+#define QUARN_INSTRUCTION_SET avx2
+#include "tile_kernel_bodies.h"
