@@ -3,6 +3,7 @@
 #include <atomic>
 #include <memory>
 #include <pthread.h>
+#include <sched.h>
 #include <signal.h>
 
 #include "allocation.h"
@@ -16,7 +17,6 @@ struct slice {
         if (!claimed.test_and_set()) {
             task(operation, steps, scratch);
             done.test_and_set();
-            done.notify_one();
         }
     }
 
@@ -61,7 +61,7 @@ void start_thread(slice& run) noexcept {
 void finish(slice& run) noexcept {
     if (run.started && pthread_join(run.thread, nullptr) == 0) return;
     run.run_once();
-    run.done.wait(false);
+    while (!run.done.test()) sched_yield();
 }
 
 }  // namespace
