@@ -5,9 +5,15 @@
 namespace quarn {
 
 double sum_of(const double* numbers, std::size_t count) noexcept {
-    double sum = 0;
-    for (std::size_t i = 0; i < count; ++i) sum += numbers[i];
-    return sum;
+    constexpr std::size_t lanes = 16;  // as each addition has to wait for the one before
+    double lane[lanes] = {};
+    std::size_t i = 0;
+    for (; i + lanes <= count; i += lanes)
+        for (std::size_t l = 0; l < lanes; ++l) lane[l] += numbers[i + l];
+    for (std::size_t width = lanes / 2; width > 0; width /= 2)
+        for (std::size_t l = 0; l < width; ++l) lane[l] += lane[l + width];
+    for (; i < count; ++i) lane[0] += numbers[i];
+    return lane[0];
 }
 
 void scale(double* numbers, std::size_t count, double factor) noexcept {

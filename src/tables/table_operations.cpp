@@ -7,6 +7,7 @@
 #include "parallel.h"
 #include "sizes.h"
 #include "tile_kernels.h"
+#include "walk.h"
 
 namespace quarn {
 namespace {
@@ -18,39 +19,24 @@ constexpr std::size_t most_levels = 64;
 
 // What a slice of an operation goes through: a plan, or a range of the steps of one of its levels.
 struct part {
-    const loop_level* outer;
-    const loop_level* end;
+    std::span<const loop_level> outer;
     tile_view tile;
     std::size_t larger;  // where it starts
     std::size_t smaller;
 };
 
-part whole(const loop_plan& plan) noexcept {
-    return {plan.outer.data(), plan.outer.data() + plan.outer.size(), tile_view(plan.tile), plan.start, 0};
-}
+part whole(const loop_plan& plan) noexcept { return {plan.outer, tile_view(plan.tile), plan.start, 0}; }
 
-// Goes through the levels and calls run(position in the larger table, position in the smaller one) for each tile. As
-// deep as the plan has levels: no more than a size has bits.
+// As walk(), with the first step only of levels that the smaller table does not have.
 template <class Run>
-void walk(const loop_level* level, const loop_level* end, std::size_t larger, std::size_t smaller,
-          const Run& run) noexcept {
-    if (level == end) return run(larger, smaller);
-    for (std::size_t step = 0; step < level->count; ++step) {
-        walk(level + 1, end, larger, smaller, run);
-        larger += level->larger;
-        smaller += level->smaller;
-    }
-}
-
-// The same for the first step only of levels that the smaller table does not have.
-template <class Run>
-void walk_kept(const loop_level* level, const loop_level* end, std::size_t larger, std::size_t smaller,
+void walk_kept(std::span<const loop_level> levels, std::size_t larger, std::size_t smaller,
                const Run& run) noexcept {
-    if (level == end) return run(larger, smaller);
-    for (std::size_t step = 0; step < (level->kept() ? level->count : 1); ++step) {
-        walk_kept(level + 1, end, larger, smaller, run);
-        larger += level->larger;
-        smaller += level->smaller;
+    if (levels.empty()) return run(larger, smaller);
+    const loop_level level = levels.front();
+    for (std::size_t step = 0; step < (level.kept() ? level.count : 1); ++step) {
+        walk_kept(levels.subspan(1), larger, smaller, run);
+        larger += level.larger;
+        smaller += level.smaller;
     }
 }
 
@@ -82,8 +68,7 @@ struct sliced_part {
         if (level < plan.outer.size()) {
             std::ranges::copy(plan.outer, levels.begin());
             levels[level].count = steps.count;
-            range.outer = levels.data();
-            range.end = levels.data() + plan.outer.size();
+            range.outer = {levels.data(), plan.outer.size()};
             range.larger += steps.first * levels[level].larger;
             range.smaller += steps.first * levels[level].smaller;
             return;
@@ -118,7 +103,7 @@ void apply(const apply_kernels& kernels, const loop_plan& plan, double* larger, 
            const workers& allowed) {
     const apply_kernel kernel = kernels[plan.tile.kind];
     run_parts(plan, split_at::any_level, 0, allowed, [=](const part& range) noexcept {
-        walk(range.outer, range.end, range.larger, range.smaller,
+        walk(range.outer, range.larger, range.smaller,
              [&](std::size_t at, std::size_t by) noexcept { kernel(range.tile, larger + at, smaller + by); });
     });
 }
@@ -150,8 +135,8 @@ void reduce_part(const part& range, const reduction& by, const double* larger, c
                    smaller + into);
         };
     };
-    walk_kept(range.outer, range.end, range.larger, range.smaller, with(by.start));
-    if (by.all != nullptr) walk(range.outer, range.end, range.larger, range.smaller, with(by.all));
+    walk_kept(range.outer, range.larger, range.smaller, with(by.start));
+    if (by.all != nullptr) walk(range.outer, range.larger, range.smaller, with(by.all));
 }
 
 void reduce(const loop_plan& plan, const reduction& by, const double* larger, double* smaller,
@@ -204,15 +189,15 @@ private:
 
 // As walk() and walk_kept(), with the product of the weights on the way as a further argument.
 template <class Run>
-void walk_weighted(const loop_level* level, const loop_level* end, const double* const* weights,
-                   std::size_t larger, std::size_t smaller, double weight, bool kept_only,
-                   const Run& run) noexcept {
-    if (level == end) return run(larger, smaller, weight);
-    for (std::size_t step = 0; step < (level->kept() || !kept_only ? level->count : 1); ++step) {
-        walk_weighted(level + 1, end, weights + 1, larger, smaller,
+void walk_weighted(std::span<const loop_level> levels, const double* const* weights, std::size_t larger,
+                   std::size_t smaller, double weight, bool kept_only, const Run& run) noexcept {
+    if (levels.empty()) return run(larger, smaller, weight);
+    const loop_level level = levels.front();
+    for (std::size_t step = 0; step < (level.kept() || !kept_only ? level.count : 1); ++step) {
+        walk_weighted(levels.subspan(1), weights + 1, larger, smaller,
                       *weights == nullptr ? weight : weight * (*weights)[step], kept_only, run);
-        larger += level->larger;
-        smaller += level->smaller;
+        larger += level.larger;
+        smaller += level.smaller;
     }
 }
 
@@ -222,8 +207,8 @@ void reduce_weighted(const weighted_plan& plan, const reduction& by, const doubl
     run_parts(plan.loops, split_at::kept_level, 1, allowed, [&](const part& range) noexcept {
         const auto go = [&](reduce_kernel kernel, bool kept_only) noexcept {
             walk_weighted(
-                range.outer, range.end, weights.of_levels(), range.larger, range.smaller, weights.constant(),
-                kept_only, [&](std::size_t at, std::size_t into, double weight) noexcept {
+                range.outer, weights.of_levels(), range.larger, range.smaller, weights.constant(), kept_only,
+                [&](std::size_t at, std::size_t into, double weight) noexcept {
                     kernel(range.tile, {larger + at, nullptr, weights.of_tile(), weight}, smaller + into);
                 });
         };
