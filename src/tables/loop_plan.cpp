@@ -109,21 +109,6 @@ private:
     loop_tile& tile_;
 };
 
-}  // namespace
-
-loop_plan make_loop_plan(std::span<node* const> nodes, std::span<node* const> smaller,
-                         std::span<const std::ptrdiff_t> fixed) {
-    loop_plan plan;
-    plan.outer = make_levels(nodes, smaller);
-    if (!fixed.empty()) plan.start = simplify(plan.outer, fixed);
-    plan.one_to_one = is_one_to_one(plan.outer);
-    compress(plan.outer);
-    plan.larger_size = steps(plan.outer);
-    plan.smaller_size = configurations(smaller);
-    tile_choice(plan).make();
-    return plan;
-}
-
 // Merges neighbours among the kept levels, and the innermost removed ones as long as the products of the weights of
 // their states can be listed.
 void compress_weighted(loop_levels& levels) {
@@ -143,6 +128,35 @@ void compress_weighted(loop_levels& levels) {
     levels.assign(merged.rbegin(), merged.rend());
 }
 
+// Takes removed levels that were merged apart again.
+void give_nodes_levels(loop_levels& levels, std::span<const removed_node> nodes) {
+    loop_levels separate;
+    auto of = nodes.begin();
+    for (const loop_level& level : levels) {
+        if (level.kept()) separate.push_back(level);
+        for (std::size_t left = level.kept() ? 1 : level.count; left > 1; ++of) {
+            left /= of->states;
+            separate.push_back({of->states, level.larger * left, 0});
+        }
+    }
+    levels = std::move(separate);
+}
+
+}  // namespace
+
+loop_plan make_loop_plan(std::span<node* const> nodes, std::span<node* const> smaller,
+                         std::span<const std::ptrdiff_t> fixed) {
+    loop_plan plan;
+    plan.outer = make_levels(nodes, smaller);
+    if (!fixed.empty()) plan.start = simplify(plan.outer, fixed);
+    plan.one_to_one = is_one_to_one(plan.outer);
+    compress(plan.outer);
+    plan.larger_size = steps(plan.outer);
+    plan.smaller_size = configurations(smaller);
+    tile_choice(plan).make();
+    return plan;
+}
+
 weighted_plan make_weighted_plan(std::span<node* const> nodes, std::span<node* const> smaller) {
     weighted_plan plan;
     std::size_t removed = 0;
@@ -155,12 +169,12 @@ weighted_plan make_weighted_plan(std::span<node* const> nodes, std::span<node* c
     plan.loops.larger_size = steps(plan.loops.outer);
     plan.loops.smaller_size = configurations(smaller);
     tile_choice(plan.loops).make();
-    if (plan.loops.tile.kind == tile_kind::crossed) return plan;
     auto first = plan.outer_nodes.end();
-    for (std::size_t steps_left = plan.loops.tile.removed.count; steps_left > 1; steps_left /= first->states)
-        --first;
+    if (plan.loops.tile.kind != tile_kind::crossed)
+        for (std::size_t left = plan.loops.tile.removed.count; left > 1; left /= first->states) --first;
     plan.tile_nodes.assign(first, plan.outer_nodes.end());
     plan.outer_nodes.erase(first, plan.outer_nodes.end());
+    give_nodes_levels(plan.loops.outer, plan.outer_nodes);
     return plan;
 }
 

@@ -1,10 +1,10 @@
 #include "parallel.h"
 
 #include <atomic>
-#include <memory>
 #include <pthread.h>
 #include <sched.h>
 #include <signal.h>
+#include <vector>
 
 #include "allocation.h"
 
@@ -71,7 +71,7 @@ void run_slices(std::size_t count, std::size_t slices, std::size_t scratch, slic
     number_array numbers(scratch == 0 ? 0 : slices * scratch);
     if (slices < 2) return task(operation, {0, count}, numbers.data());
 
-    const auto runs = std::make_unique<slice[]>(slices);
+    std::vector<slice> runs(slices);
     for (std::size_t i = 0; i < slices; ++i) {
         runs[i].task = task;
         runs[i].operation = operation;

@@ -2,7 +2,7 @@
 //
 // A kernel takes pointers to the first entries and the tile, allocates nothing and cannot fail. Each exists in several
 // forms, for the kinds of tiles; and all of them for the instruction sets that a machine may have. The forms for
-// different instruction sets give the same results to the bit.
+// different instruction sets give the same results to the bit, but for the sign and payload of a NaN.
 #pragma once
 
 #include <cstddef>
