@@ -125,19 +125,21 @@ private:
                 joint[cg_mean(h)] += coefficient * joint[cg_mean(k)];
                 for (std::size_t t = 0; t < nodes_; ++t)
                     if (roles_[t] == cg_role::tail)
-                        joint[cg_covariance(h, t)] += coefficient * joint[cg_covariance(k, t)];
+                        add(joint[cg_covariance(h, t)], coefficient * joint[cg_covariance(k, t)]);
                 for (const std::size_t other : added.known)
-                    joint[cg_covariance(h, other)] += coefficient * joint[cg_covariance(k, other)];
+                    add(joint[cg_covariance(h, other)], coefficient * joint[cg_covariance(k, other)]);
             }
             for (const std::size_t other : added.heads) {
                 double& result = joint[cg_covariance(h, other)];
                 result = part[cg_covariance(h, other)];
                 for (const std::size_t k : added.known)
-                    result += part[cg_covariance(h, k)] * joint[cg_covariance(k, other)];
+                    add(result, part[cg_covariance(h, k)] * joint[cg_covariance(k, other)]);
                 if (other == h) break;
             }
         }
     }
+
+    static void add(double& to, double added) noexcept { to = sum_without_rounding(to, added); }
 
     const operand& target_;
     const operand& source_;

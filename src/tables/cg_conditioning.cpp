@@ -38,6 +38,10 @@ private:
         return variances_[q] > 0 ? covariance(q, q) / variances_[q] : 0;
     }
 
+    static void subtract(double& from, double subtracted) noexcept {
+        from = sum_without_rounding(from, -subtracted);
+    }
+
     void make_tail(std::size_t q) noexcept {
         const double variance = covariance(q, q);
         const bool is_explained = !(variance > rounding_share * variances_[q]);
@@ -46,9 +50,9 @@ private:
             const double coefficient = is_explained ? 0 : covariance(h, q) / variance;
             mean(h) -= coefficient * mean(q);
             for (std::size_t t = 0; t < roles_.size(); ++t)
-                if (is_tail(t)) covariance(h, t) -= coefficient * covariance(q, t);
+                if (is_tail(t)) subtract(covariance(h, t), coefficient * covariance(q, t));
             for (std::size_t j = 0; j <= h; ++j)
-                if (j != q && is_head(j)) covariance(h, j) -= coefficient * covariance(q, j);
+                if (j != q && is_head(j)) subtract(covariance(h, j), coefficient * covariance(q, j));
         }
         for (std::size_t h = 0; h < roles_.size(); ++h)
             if (h != q && is_head(h)) covariance(h, q) = is_explained ? 0 : covariance(h, q) / variance;

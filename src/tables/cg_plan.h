@@ -3,6 +3,8 @@
 // moments hold is said in docs/cg-potentials.md.
 #pragma once
 
+#include <algorithm>
+#include <cmath>
 #include <limits>
 #include <vector>
 
@@ -16,6 +18,12 @@ namespace quarn {
 // Differences between numbers, and variances left of larger ones, are rounding when they are less than this share of what
 // they were taken from.
 constexpr double rounding_share = 450 * std::numeric_limits<double>::epsilon();
+
+// A sum of which only rounding is left is 0, so that what does not vary together does not seem to.
+inline double sum_without_rounding(double a, double b) noexcept {
+    const double sum = a + b;
+    return std::abs(sum) < rounding_share * std::max(std::abs(a), std::abs(b)) ? 0 : sum;
+}
 
 struct cg_plan {
     sectioned_levels loops;  // over discrete configurations

@@ -1,0 +1,38 @@
+// Networks of discrete and linear Gaussian variables by enumeration: for each configuration of the discrete ones the dense
+// joint distribution of all continuous ones, from their structural equations.
+#pragma once
+
+#include <random>
+#include <vector>
+
+namespace oracle {
+
+using list = std::vector<std::size_t>;
+
+// A factor over discrete variables, or the regression of a continuous variable on others for each of their configurations.
+struct mixed_table {
+    list discrete;                               // the last one varying fastest
+    list continuous;                             // empty, or a variable and earlier ones
+    std::vector<double> weights;                 // for each configuration
+    std::vector<std::vector<double>> equations;  // variance of the noise, a coefficient for each, intercept
+};
+
+struct gaussian {
+    list states;  // the configuration of the discrete variables
+    double log_weight = 0;
+    std::vector<double> mean;
+    std::vector<std::vector<double>> covariance;
+};
+using mixture = std::vector<gaussian>;  // all configurations, the last discrete variable varying fastest
+
+mixture joint(const list& state_counts, std::size_t continuous, const std::vector<mixed_table>& tables);
+// Of some variables, in that order, with the moments of the mixture; meaningless ones where nothing is possible.
+mixture marginal(const mixture& of, const list& discrete, const list& continuous);
+// Conditions on a value and multiplies the weights by its density. Without variance a part becomes impossible.
+void observe(mixture& changed, std::size_t variable, double value);
+
+// With random conditions, parents and numbers; the weight of the first configuration is not 0.
+mixed_table random_table(std::mt19937& random, const list& state_counts, std::size_t continuous_variable,
+                         std::size_t noiseless_quarters);
+
+}  // namespace oracle
