@@ -592,6 +592,33 @@ Q_API const q_clique_t* q_clique_get_neighbors(q_clique_t clique);
 Q_API q_junction_tree_t q_node_get_junction_tree(q_node_t node);
 
 /* ------------------------------------------------------------------------------------------------------------------
+ * D-separation
+ *
+ * Which beliefs can a change of belief at some nodes reach, given that others are observed? The links alone tell: the
+ * domain need not be compiled, and no evidence need be entered. A query takes time linear in nodes and links.
+ *
+ * Belief goes along links in both directions, but does not pass a node with hard evidence. It goes from one parent of
+ * a node to another only if that node or a descendant has evidence, hard or soft. It never goes up from a function or
+ * a decision node, nor up to a real-valued function: such links make no ancestors here.
+ * --------------------------------------------------------------------------------------------------------------- */
+
+/**
+ * The nodes d-connected to the sources, among them the sources without hard evidence; and all other nodes.
+ *
+ * sources, hard, soft  lists of nodes that end with a null, possibly empty: the nodes asked for, those whose states are
+ *                      observed, and those with likelihoods (a node in both is observed)
+ * result   in creation order, functions and utilities included; the next of these queries in the domain overwrites it,
+ *          but may be given it as a list
+ * errors   q_error_usage: a node of another domain, a utility or a real-valued function in a list;
+ *          q_error_invalid_evidence: a decision without hard evidence has soft evidence or is an ancestor of evidence,
+ *          or it is an ancestor of a source and no source itself
+ */
+Q_API const q_node_t* q_domain_get_d_connected_nodes(q_domain_t domain, const q_node_t* sources,
+                                                     const q_node_t* hard, const q_node_t* soft);
+Q_API const q_node_t* q_domain_get_d_separated_nodes(q_domain_t domain, const q_node_t* sources,
+                                                     const q_node_t* hard, const q_node_t* soft);
+
+/* ------------------------------------------------------------------------------------------------------------------
  * Evidence
  *
  * Evidence on a discrete node is a vector of weights, one for each state: one 1 among zeros selects a state, all ones

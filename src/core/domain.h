@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "attributes.h"
+#include "handle_list.h"
 #include "log_file.h"
 #include "name_index.h"
 #include "quarn.h"
@@ -90,6 +91,7 @@ struct q_domain {
     quarn::workers workers;  // of operations on its tables
     quarn::log_file log;
     std::unique_ptr<quarn::compiled_state> compiled;
+    quarn::handle_list<q_node> separation_result;  // of the last query of d-separation
 };
 
 namespace quarn {

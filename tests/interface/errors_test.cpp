@@ -57,12 +57,14 @@ template <class T>
 T valid(q_domain_t domain) {
     static const char* labels[] = {"a", nullptr};
     static int32_t places[2], next = 0;
+    static const q_node_t no_nodes[] = {nullptr};
     q_node_t node = q_domain_get_first_node(domain);
     if constexpr (std::is_same_v<T, q_domain_t>) return domain;
     if constexpr (std::is_same_v<T, q_node_t>) return node;
     if constexpr (std::is_same_v<T, q_table_t>) return q_node_get_table(node);
     if constexpr (std::is_same_v<T, const char*>) return labels[0];
     if constexpr (std::is_same_v<T, const char* const*>) return labels;
+    if constexpr (std::is_same_v<T, const q_node_t*>) return no_nodes;
     if constexpr (std::is_same_v<T, int32_t*>) return &places[next++ % 2];
     return T{};
 }
@@ -110,7 +112,8 @@ void expect_nulls_refused(const std::string& name, Result (*function)(Parameters
     q_domain_is_compiled, q_domain_is_triangulated, q_domain_get_first_junction_tree, \
     q_junction_tree_get_next, q_junction_tree_get_root, q_junction_tree_get_cliques, \
     q_junction_tree_get_total_size, q_clique_get_junction_tree, q_clique_get_members, \
-    q_clique_get_neighbors, q_node_get_junction_tree, q_node_enter_finding, q_node_select_state, \
+    q_clique_get_neighbors, q_node_get_junction_tree, q_domain_get_d_connected_nodes, \
+    q_domain_get_d_separated_nodes, q_node_enter_finding, q_node_select_state, \
     q_node_retract_findings, q_domain_retract_findings, q_node_get_entered_finding, \
     q_node_get_propagated_finding, q_node_get_selected_state, q_node_get_propagated_state, \
     q_node_evidence_is_entered, q_node_evidence_is_propagated, q_node_evidence_to_propagate, \
