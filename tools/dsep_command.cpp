@@ -1,0 +1,104 @@
+#include "dsep_command.h"
+
+#include <algorithm>
+
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
+#include "model.h"
+#include "terminal.h"
+#include "tool_failure.h"
+
+namespace tool {
+namespace {
+
+using names = std::vector<std::string>;
+
+constexpr const char* explanations =
+    "What is learnt of a source can change the beliefs of nodes d-connected to it. It\n"
+    "cannot change those of d-separated nodes, whatever the numbers in the model are.\n"
+    "\n"
+    "Exit status:\n"
+    "  0  done\n"
+    "  1  failed: the model cannot be used, or has no such node\n"
+    "  2  the command line is wrong\n"
+    "\n"
+    "Example:\n"
+    "  quarn dsep chest_clinic.net --source asia --given either";
+
+// With the null that the library looks for.
+std::vector<q_node_t> nodes_called(const model& asked, const names& called) {
+    std::vector<q_node_t> nodes;
+    for (const std::string& name : called) nodes.push_back(asked.node_called(name));
+    nodes.push_back(nullptr);
+    return nodes;
+}
+
+names ask(const model& asked, const dsep_options& options,
+          decltype(q_domain_get_d_connected_nodes) question) {
+    const q_node_t* answer =
+        question(asked.domain(), nodes_called(asked, options.sources).data(),
+                 nodes_called(asked, options.given).data(), nodes_called(asked, options.soft).data());
+    if (answer == nullptr) fail_with_library_error(asked.file());
+    names found;
+    for (; *answer != nullptr; ++answer) found.emplace_back(q_node_get_name(*answer));
+    return found;
+}
+
+std::string as_text(const char* title, const names& shown, const model& asked, const dsep_options& options) {
+    std::string text = title;
+    for (const std::string& name : shown) {
+        const std::string label = q_node_get_label(asked.node_called(name));
+        const auto note_if_in = [&](const names& list, const char* note) {
+            return std::ranges::count(list, name) > 0 ? note : "";
+        };
+        text +=
+            visible_line("  " + name + (label.empty() || label == name ? "" : " (" + label + ")") +
+                         note_if_in(options.sources, "  [source]") + note_if_in(options.given, "  [given]") +
+                         note_if_in(options.soft, "  [soft evidence]"));
+    }
+    return shown.empty() ? text + "  (none)\n" : text;
+}
+
+std::string as_json(const names& connected, const names& separated, const dsep_options& options) {
+    const nlohmann::ordered_json document = {{"model", options.model},   {"sources", options.sources},
+                                             {"given", options.given},   {"soft", options.soft},
+                                             {"d_connected", connected}, {"d_separated", separated}};
+    // In ASCII, and in spite of bytes in the name of the file that are not UTF-8.
+    return document.dump(2, ' ', true, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace
+
+void add_dsep_command(CLI::App& commands, dsep_options& options) {
+    CLI::App* command =
+        commands.add_subcommand("dsep", "Print which nodes are d-connected to others, and which d-separated");
+    command->group("Commands");
+    command->add_option("MODEL", options.model, "The network, in the NET language")
+        ->type_name("FILE")
+        ->required();
+    const auto add_nodes = [&](const char* name, names& target, const char* description) {
+        return command->add_option(name, target, description)
+            ->type_name("NODE,...")
+            ->delimiter(',')
+            ->expected(1)
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+            ->allow_extra_args(false);
+    };
+    add_nodes("-s,--source", options.sources, "The nodes that something is learnt of")->required();
+    add_nodes("-g,--given", options.given, "Nodes that are observed");
+    add_nodes("--soft", options.soft, "Nodes on which there is a likelihood");
+    command->add_flag("--json", options.json, "Print JSON");
+    command->footer(explanations);
+}
+
+std::string run_dsep(const dsep_options& options) {
+    const model asked(options.model);
+    const names connected = ask(asked, options, q_domain_get_d_connected_nodes);
+    const names separated = ask(asked, options, q_domain_get_d_separated_nodes);
+    if (options.json) return as_json(connected, separated, options);
+    return as_text("d-connected:\n", connected, asked, options) +
+           as_text("\nd-separated:\n", separated, asked, options);
+}
+
+}  // namespace tool
