@@ -57,7 +57,7 @@ typedef double q_number_t;
 typedef int32_t q_error_t;
 typedef int32_t q_status_t;
 typedef uint32_t q_boolean_t;
-typedef int32_t q_category_t, q_kind_t, q_subtype_t, q_equilibrium_t, q_mode_t;
+typedef int32_t q_category_t, q_kind_t, q_subtype_t, q_triangulation_method_t, q_equilibrium_t, q_mode_t;
 
 typedef struct q_domain* q_domain_t;
 typedef struct q_node* q_node_t;
@@ -140,6 +140,16 @@ enum { q_kind_discrete = 0, q_kind_continuous = 1, q_kind_other = -1 };
 enum { q_subtype_label = 30, q_subtype_boolean = 31, q_subtype_number = 32, q_subtype_interval = 33 };
 
 /* What propagated tables represent: sums (beliefs) or maxima (most probable configurations). */
+/* How a network is triangulated: see q_domain_triangulate(). */
+enum {
+    q_triangulate_clique_size = 15,
+    q_triangulate_clique_weight = 16,
+    q_triangulate_fill_in_size = 17,
+    q_triangulate_fill_in_weight = 18,
+    q_triangulate_total_weight = 19,
+    q_triangulate_best_greedy = 20
+};
+
 enum { q_equilibrium_none = 10, q_equilibrium_sum = 11, q_equilibrium_max = 12 };
 
 /* Whether a belief takes the evidence on its own node into account, or only that on the others. */
@@ -541,18 +551,82 @@ Q_API q_number_t q_node_get_cg_variance(q_node_t node, size_t configuration);
  * --------------------------------------------------------------------------------------------------------------- */
 
 /**
- * Compiles a domain into a forest of junction trees: moral graph, triangulation by the best of four greedy heuristics,
- * cliques, and a clique for the table of every node (Lauritzen & Spiegelhalter 1988; Kjaerulff 1990). Time and memory
- * grow with the total size of the cliques, which can be exponential in the number of nodes. A trace goes to the log.
- * A node without a table is given its default one. Entered evidence stays; nothing is propagated yet.
+ * Compiles a domain into a forest of junction trees: moral graph, triangulation, cliques, and a clique for the table of
+ * every node (Lauritzen & Spiegelhalter 1988). A domain that is not triangulated is triangulated with
+ * q_triangulate_best_greedy first; otherwise its junction trees are kept. Time and memory grow with the total size of the
+ * cliques, which can be exponential in the number of nodes. A trace goes to the log. A node without a table is given its
+ * default one. Entered evidence stays; nothing is propagated yet.
  *
- * So far for domains of discrete chance nodes: any other node is q_error_usage.
- *
- * errors  q_error_usage: no discrete or continuous nodes, or compiled already; q_error_size_too_large: the size of a
- *         table does not fit 64 bits; q_error_no_memory; q_error_io: writing the log failed. The domain is left
- *         uncompiled.
+ * errors  q_error_usage: no discrete or continuous nodes, all of them excluded, or compiled already;
+ *         q_error_size_too_large: the size of a table does not fit 64 bits; q_error_no_memory: or all tables together
+ *         exceed the memory of the machine; q_error_io: writing the log failed. The domain is left uncompiled; the log
+ *         tells how large the cliques are.
  */
 Q_API q_status_t q_domain_compile(q_domain_t domain);
+
+/**
+ * Triangulates a domain and links its cliques into junction trees, without tables; q_domain_compile() then goes on from
+ * there. Each piece of the moral graph between complete separators is triangulated by itself. With continuous nodes the
+ * triangulation is a strong one: they are eliminated before the discrete ones.
+ *
+ * method  what is made small, one elimination after the other (Kjaerulff 1990): the number of nodes in the new clique,
+ *         its weight (table entries), the number of links added, or their weight; q_triangulate_best_greedy takes the
+ *         one of these four with the least total weight of the cliques. q_triangulate_total_weight searches for the
+ *         least total weight by way of minimal separators (Berry, Bordat & Cogis 2000; Bouchitte & Todinca 2001), within
+ *         the limits below: never worse than best greedy or the initial triangulation, and optimal when it finds all
+ *         minimal separators; pieces of more than 4,000 nodes are not searched. It takes some ten seconds at most for a
+ *         piece, most of all where it has very many separators
+ * errors  q_error_usage: triangulated already, an unknown method, no discrete or continuous nodes but excluded ones, or
+ *         q_triangulate_total_weight with a separator size limit and no initial triangulation;
+ *         q_error_size_too_large; q_error_io: writing the log failed. The domain is left uncompiled.
+ */
+Q_API q_status_t q_domain_triangulate(q_domain_t domain, q_triangulation_method_t method);
+
+/**
+ * Triangulates a domain by eliminating its nodes in a given order; links that the order adds without need are left out.
+ *
+ * order   null-terminated: all discrete and continuous nodes but the excluded ones, each once, continuous before
+ *         discrete
+ * errors  as for q_domain_triangulate(); q_error_enumeration: not such an order
+ */
+Q_API q_status_t q_domain_triangulate_with_order(q_domain_t domain, const q_node_t* order);
+
+/**
+ * The elimination order of the last triangulation: the given one, or one that adds no links to the triangulated graph.
+ * Valid until the domain is triangulated again, or a discrete or continuous node is created or deleted; then it is
+ * forgotten. It survives uncompiling.
+ *
+ * errors  q_error_usage: not triangulated since then
+ */
+Q_API const q_node_t* q_domain_get_elimination_order(q_domain_t domain);
+
+/**
+ * Stores an elimination order, as for q_domain_triangulate_with_order(), whose triangulation the search of
+ * q_triangulate_total_weight starts from; null deletes it. It is forgotten when a discrete or continuous node is created
+ * or deleted, or other nodes are excluded.
+ *
+ * errors  q_error_enumeration: not such an order; the stored one stays
+ */
+Q_API q_status_t q_domain_set_initial_triangulation(q_domain_t domain, const q_node_t* order);
+
+/**
+ * Excludes discrete nodes from the junction trees: nodes that will be instantiated whenever the domain is propagated, so
+ * that the cliques are smaller. Null, or an empty list, excludes none. So far such a domain can be compiled but not
+ * propagated.
+ *
+ * nodes   null-terminated; copied. A node that is deleted leaves the list
+ * errors  q_error_usage: triangulated or compiled, a node of another domain or not discrete
+ */
+Q_API q_status_t q_domain_set_excluded_nodes(q_domain_t domain, const q_node_t* nodes);
+
+/**
+ * Limits of the search of q_triangulate_total_weight: how many minimal separators of a piece are looked for (100,000 by
+ * default; 0: no search), and how many nodes these may have (0, the default: any number).
+ */
+Q_API q_status_t q_domain_set_max_separators(q_domain_t domain, size_t count);
+Q_API size_t q_domain_get_max_separators(q_domain_t domain);
+Q_API q_status_t q_domain_set_max_separator_size(q_domain_t domain, size_t size);
+Q_API size_t q_domain_get_max_separator_size(q_domain_t domain);
 
 /** Drops the junction trees and all results; every structural change does so too. Succeeds when there are none. */
 Q_API q_status_t q_domain_uncompile(q_domain_t domain);
@@ -560,35 +634,37 @@ Q_API q_status_t q_domain_uncompile(q_domain_t domain);
 /** Whether the domain is compiled. */
 Q_API q_boolean_t q_domain_is_compiled(q_domain_t domain);
 
-/** Whether the domain is triangulated; so it is when it is compiled. */
+/** Whether the domain is triangulated: it has junction trees. So it is when it is compiled. */
 Q_API q_boolean_t q_domain_is_triangulated(q_domain_t domain);
 
 /** The first junction tree of a domain, from which q_junction_tree_get_next() leads on; null with q_error_none when it
- *  is not compiled. */
+ *  is not triangulated. */
 Q_API q_junction_tree_t q_domain_get_first_junction_tree(q_domain_t domain);
 
 /** The junction tree after this one, or null with q_error_none. */
 Q_API q_junction_tree_t q_junction_tree_get_next(q_junction_tree_t tree);
 
-/** The clique at which the tree is rooted. */
+/** The clique at which the tree is rooted; with continuous nodes a strong root. */
 Q_API q_clique_t q_junction_tree_get_root(q_junction_tree_t tree);
 
 /** The cliques of a tree. */
 Q_API const q_clique_t* q_junction_tree_get_cliques(q_junction_tree_t tree);
 
-/** The sum of the table sizes of the cliques of a tree; all bits set, with q_error_none, where it does not fit. */
+/** The sum, over the cliques of a tree, of the configurations of the discrete nodes and these times the number of
+ *  continuous nodes; all bits set, with q_error_none, where it does not fit. */
 Q_API size_t q_junction_tree_get_total_size(q_junction_tree_t tree);
 
 /** The tree that a clique is in. */
 Q_API q_junction_tree_t q_clique_get_junction_tree(q_clique_t clique);
 
-/** The nodes of a clique. */
+/** The nodes of a clique, discrete ones first. */
 Q_API const q_node_t* q_clique_get_members(q_clique_t clique);
 
 /** The cliques next to a clique in its tree. */
 Q_API const q_clique_t* q_clique_get_neighbors(q_clique_t clique);
 
-/** The tree that a node is in; null with q_error_not_compiled when the domain is not compiled. */
+/** The tree that a discrete or continuous node is in; null with q_error_not_compiled when the domain is not triangulated
+ *  (compiled, for an excluded node). */
 Q_API q_junction_tree_t q_node_get_junction_tree(q_node_t node);
 
 /* ------------------------------------------------------------------------------------------------------------------

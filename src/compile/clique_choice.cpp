@@ -11,14 +11,18 @@ namespace {
 using place = node* const*;
 
 place position_of(const clique& searched, const node& member) noexcept {
-    return std::ranges::lower_bound(searched.members, member.vertex, {}, &node::vertex);
+    const std::size_t discrete = searched.discrete_members().size();
+    const place first = searched.members.begin() + (member.is_discrete() ? 0 : discrete);
+    const place last = member.is_discrete() ? searched.members.begin() + discrete : searched.members.end();
+    return std::ranges::lower_bound(first, last, member.vertex, {}, &node::vertex);
 }
 
 // The size of the clique, then that of the part of its table's nodes that comes before the member.
-using cost = std::pair<std::size_t, std::size_t>;
+using cost = std::pair<table_size, std::size_t>;
 
 cost reading_cost(const clique& read, const node& member) noexcept {
-    return {read.size, configurations({read.members.begin(), position_of(read, member)})};
+    const std::span<node* const> before(read.members.begin(), position_of(read, member));
+    return {read.size, configurations(before.first(std::min(before.size(), read.discrete_members().size())))};
 }
 
 }  // namespace
@@ -28,12 +32,16 @@ bool holds(const clique& tested, const node& member) noexcept {
     return found != tested.members.end() && *found == &member;
 }
 
-clique_index::clique_index(const junction_forest& forest) : cliques_of_(forest.nodes.size()) {
+clique_index::clique_index(const junction_forest& forest)
+    : forest_(forest), cliques_of_(forest.vertex_count) {
     for (const auto& indexed : forest.cliques)
         for (const node* member : indexed->members) cliques_of_[member->vertex].push_back(indexed.get());
 }
 
 clique& clique_index::smallest_with(std::span<node* const> nodes) const noexcept {
+    if (nodes.empty())
+        return **std::ranges::min_element(forest_.cliques, {},
+                                          [](const auto& tested) { return tested->size; });
     const node* const rarest = *std::ranges::min_element(
         nodes, {}, [&](const node* member) { return cliques_of_[member->vertex].size(); });
     clique* smallest = nullptr;

@@ -16,11 +16,12 @@ class clique_index {
 public:
     explicit clique_index(const junction_forest& forest);
 
-    // The smallest clique that holds all the nodes, of which there is one; between equals the first in the list of
-    // cliques. The nodes are members of the forest.
+    // The smallest clique that holds all the nodes, of which there is one: by its discrete size, then by its continuous
+    // members; between equals the first in the list of cliques. The nodes are vertices of the forest.
     clique& smallest_with(std::span<node* const> nodes) const noexcept;
 
 private:
+    const junction_forest& forest_;
     std::vector<std::vector<clique*>> cliques_of_;  // by vertex, in the order of the list
 };
 

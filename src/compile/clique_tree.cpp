@@ -4,30 +4,36 @@
 //   Cost     linear in the sum of the clique sizes
 //   Method   next comes the clique with most vertices in the cliques taken before; between equals the one that reached
 //            its number last. Its parent is the clique that brought in the latest of these vertices
+//   Differs  of the cliques with continuous vertices, those that hold all discrete ones around them come before their
+//            equals; so they are met first, and those beyond them bring in nothing discrete [Lauritzen & Jensen 2001]
 #include "clique_tree.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace quarn {
 namespace {
 
 class cardinality_search {
 public:
-    cardinality_search(const clique_list& cliques, std::size_t vertex_count)
+    cardinality_search(const clique_list& cliques, std::span<const vertex_domain> domains)
         : cliques_(cliques),
-          cliques_of_(vertex_count),
-          brought_by_(vertex_count, no_clique),
-          rank_(vertex_count),
+          cliques_of_(domains.size()),
+          brought_by_(domains.size(), no_clique),
+          rank_(domains.size()),
           shared_(cliques.size()),
           taken_(cliques.size(), false),
           parents_(cliques.size(), no_clique) {
         for (std::size_t clique = 0; clique < cliques.size(); ++clique)
             for (const vertex member : cliques[clique]) cliques_of_[member].push_back(clique);
+        find_entrances(domains);
     }
 
     void run() {
         order_.reserve(cliques_.size());
         for (std::size_t root = cliques_.size(); root-- > 0;)
+            if (!taken_[root] && is_entrance_[root]) grow_tree(root);
+        for (std::size_t root = cliques_.size(); root-- > 0;)  // without a strong triangulation
             if (!taken_[root]) grow_tree(root);
     }
 
@@ -35,6 +41,33 @@ public:
     std::vector<std::size_t>& parents() noexcept { return parents_; }
 
 private:
+    // Entrances are the cliques without continuous vertices, and those that hold all discrete vertices around the
+    // connected continuous ones that theirs belong to.
+    void find_entrances(std::span<const vertex_domain> domains) {
+        is_entrance_.assign(cliques_.size(), true);
+        std::vector<char> is_met(domains.size(), false);
+        std::vector<char> is_around(cliques_.size(), false);
+        for (vertex start = 0; start < domains.size(); ++start) {
+            if (!domains[start].is_continuous || is_met[start]) continue;
+            std::vector<vertex> connected{start}, boundary;
+            std::vector<std::size_t> around;
+            is_met[start] = true;
+            for (std::size_t next = 0; next < connected.size(); ++next)
+                for (const std::size_t clique : cliques_of_[connected[next]]) {
+                    if (std::exchange(is_around[clique], true)) continue;
+                    around.push_back(clique);
+                    for (const vertex v : cliques_[clique])
+                        if (!std::exchange(is_met[v], true))
+                            (domains[v].is_continuous ? connected : boundary).push_back(v);
+                }
+            for (const std::size_t clique : around)
+                is_entrance_[clique] = std::ranges::count_if(cliques_[clique], [&](vertex v) {
+                                           return !domains[v].is_continuous;
+                                       }) == std::ssize(boundary);
+            for (const vertex v : boundary) is_met[v] = false;  // it may be around others too
+        }
+    }
+
     void grow_tree(std::size_t root) {
         for (std::size_t next = root; next != no_clique; next = next_clique()) take(next);
     }
@@ -63,10 +96,10 @@ private:
         rank_[member] = ++last_rank_;
         for (const std::size_t other : cliques_of_[member]) {
             if (taken_[other]) continue;
-            const std::size_t count = ++shared_[other];
-            if (count >= candidates_.size()) candidates_.resize(count + 1);
-            candidates_[count].push_back(other);
-            most_ = std::max(most_, count);
+            const std::size_t rank = 2 * ++shared_[other] + is_entrance_[other];
+            if (rank >= candidates_.size()) candidates_.resize(rank + 1);
+            candidates_[rank].push_back(other);
+            most_ = std::max(most_, rank);
         }
     }
 
@@ -88,7 +121,9 @@ private:
     std::size_t last_rank_ = 0;
     std::vector<std::size_t> shared_;  // the vertices of a clique that were brought in
     std::vector<char> taken_;
-    std::vector<std::vector<std::size_t>> candidates_;  // by the number of such vertices
+    std::vector<unsigned char> is_entrance_;
+    std::vector<std::vector<std::size_t>>
+        candidates_;  // by twice the number of such vertices, plus 1 for entrances
     std::size_t most_ = 0;
     std::vector<std::size_t> order_;
     std::vector<std::size_t> parents_;
@@ -102,9 +137,11 @@ std::vector<std::size_t> make_bottom_up(const std::vector<std::size_t>& order,
         if (parents[clique] != no_clique) children[parents[clique]].push_back(clique);
     std::vector<std::size_t> result;
     std::vector<std::size_t> path;
+    result.reserve(order.size());
     std::vector<std::size_t> next_child(parents.size(), 0);
     for (const std::size_t root : order) {
-        if (parents[root] == no_clique) path.push_back(root);
+        if (parents[root] != no_clique) continue;
+        path.assign(1, root);
         while (!path.empty()) {
             const std::size_t clique = path.back();
             if (next_child[clique] < children[clique].size()) {
@@ -120,11 +157,15 @@ std::vector<std::size_t> make_bottom_up(const std::vector<std::size_t>& order,
 
 }  // namespace
 
-clique_forest make_clique_forest(const clique_list& cliques, std::size_t vertex_count) {
-    cardinality_search search(cliques, vertex_count);
+clique_forest make_clique_forest(const clique_list& cliques, std::span<const vertex_domain> domains) {
+    cardinality_search search(cliques, domains);
     search.run();
     std::vector<std::size_t> bottom_up = make_bottom_up(search.order(), search.parents());
     return {std::move(search.parents()), std::move(bottom_up)};
+}
+
+clique_forest make_clique_forest(const clique_list& cliques, std::size_t vertex_count) {
+    return make_clique_forest(cliques, std::vector<vertex_domain>(vertex_count));
 }
 
 }  // namespace quarn

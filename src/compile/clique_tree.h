@@ -15,7 +15,11 @@ struct clique_forest {
     std::vector<std::size_t> bottom_up;  // all cliques, children before their parents, tree after tree
 };
 
-// The root of each tree is the last clique of its component in the list.
+// The root of each tree is the last clique of its component in the list; where there are continuous vertices, the last
+// one that makes a strong root: away from it a clique brings in continuous vertices only, unless all that it shares with
+// its parent is discrete. `domains` has an entry for each vertex.
+clique_forest make_clique_forest(const clique_list& cliques, std::span<const vertex_domain> domains);
+// The same where it does not matter which vertices are continuous.
 clique_forest make_clique_forest(const clique_list& cliques, std::size_t vertex_count);
 
 }  // namespace quarn

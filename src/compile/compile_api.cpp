@@ -1,4 +1,5 @@
 #include "api_frame.h"
+#include "compilation.h"
 #include "junction_forest.h"
 #include "node.h"
 
@@ -13,16 +14,52 @@ q_status_t q_domain_uncompile(q_domain_t domain) {
 }
 
 q_boolean_t q_domain_is_compiled(q_domain_t domain) {
-    return api_predicate({domain}, [&] { return domain->compiled != nullptr; });
+    return api_predicate({domain}, [&] { return forest_of(*domain) != nullptr; });
 }
 
 q_boolean_t q_domain_is_triangulated(q_domain_t domain) {
-    return api_predicate({domain}, [&] { return domain->compiled != nullptr; });
+    return api_predicate({domain}, [&] { return triangulated_forest(*domain) != nullptr; });
+}
+
+q_status_t q_domain_triangulate(q_domain_t domain, q_triangulation_method_t method) {
+    return api_status({domain}, [&] { triangulate(*domain, method); });
+}
+
+q_status_t q_domain_triangulate_with_order(q_domain_t domain, const q_node_t* order) {
+    return api_status({domain, order}, [&] { triangulate(*domain, order); });
+}
+
+const q_node_t* q_domain_get_elimination_order(q_domain_t domain) {
+    return api_call<const q_node_t*>(nullptr, {domain}, [&] { return elimination_order(*domain); });
+}
+
+q_status_t q_domain_set_initial_triangulation(q_domain_t domain, const q_node_t* order) {
+    return api_status({domain}, [&] { set_initial_triangulation(*domain, order); });
+}
+
+q_status_t q_domain_set_excluded_nodes(q_domain_t domain, const q_node_t* nodes) {
+    return api_status({domain}, [&] { set_excluded_nodes(*domain, nodes); });
+}
+
+q_status_t q_domain_set_max_separators(q_domain_t domain, size_t count) {
+    return api_status({domain}, [&] { domain->settings.max_separators = count; });
+}
+
+size_t q_domain_get_max_separators(q_domain_t domain) {
+    return api_call<size_t>(no_size, {domain}, [&] { return domain->settings.max_separators; });
+}
+
+q_status_t q_domain_set_max_separator_size(q_domain_t domain, size_t size) {
+    return api_status({domain}, [&] { domain->settings.max_separator_size = size; });
+}
+
+size_t q_domain_get_max_separator_size(q_domain_t domain) {
+    return api_call<size_t>(no_size, {domain}, [&] { return domain->settings.max_separator_size; });
 }
 
 q_junction_tree_t q_domain_get_first_junction_tree(q_domain_t domain) {
     return api_call<q_junction_tree_t>(nullptr, {domain}, [&]() -> q_junction_tree_t {
-        const junction_forest* forest = forest_of(*domain);
+        const junction_forest* forest = triangulated_forest(*domain);
         return forest == nullptr ? nullptr : forest->trees.front().get();
     });
 }
@@ -58,8 +95,8 @@ const q_clique_t* q_clique_get_neighbors(q_clique_t clique) {
 q_junction_tree_t q_node_get_junction_tree(q_node_t node) {
     return api_call<q_junction_tree_t>(nullptr, {node}, [&] {
         require(node->has_kind());
-        const junction_forest* forest = forest_of(*node->domain);
-        require(forest != nullptr, q_error_not_compiled);
-        return &forest->tree_of(*node);
+        const junction_forest* forest = triangulated_forest(*node->domain);
+        require(forest != nullptr && forest->of(*node).tree != nullptr, q_error_not_compiled);
+        return forest->of(*node).tree;
     });
 }

@@ -1,39 +1,31 @@
 #include "compile_log.h"
 
 #include <array>
-#include <cstring>
 #include <ctime>
 
+#include "log_nodes.h"
 #include "sizes.h"
 
 namespace quarn {
 namespace {
 
-constexpr std::size_t line_width = 80;
-
 const char* plural_ending(std::size_t count) noexcept { return count == 1 ? "" : "s"; }
 
-// Names separated by commas on lines that begin with four blanks; a comma may still follow the last name of a line.
-void log_nodes(log_file& log, std::span<node* const> nodes) {
-    std::size_t column = 0;
-    for (node* listed : nodes) {
-        const char* const name = node_name(*listed);
-        const std::size_t length = std::strlen(name);
-        if (column > 0 && column + 2 + length < line_width) {
-            log.print(", %s", name);
-            column += 2 + length;
-        } else {
-            log.print("%s    %s", column > 0 ? ",\n" : "", name);
-            column = 4 + length;
-        }
-    }
-    log.print("\n");
+void log_size(log_file& log, std::size_t discrete, std::size_t continuous) {
+    log.print("%s", format_size(discrete).data());
+    if (continuous > 0) log.print(" + %s", format_size(continuous).data());
+}
+
+void log_size(log_file& log, const table_size& size) {
+    log_size(log, size.configurations, size.continuous_part());
 }
 
 void log_clique(log_file& log, const clique& made) {
     const std::size_t count = made.members.size();
-    log.print("\nClique %s, %s member%s, table size = %s:\n", format_size(made.number).data(),
-              format_size(count).data(), plural_ending(count), format_size(made.size).data());
+    log.print("\nClique %s, %s member%s, table size = ", format_size(made.number).data(),
+              format_size(count).data(), plural_ending(count));
+    log_size(log, made.size);
+    log.print(":\n");
     log_nodes(log, made.members);
 }
 
@@ -42,18 +34,31 @@ void log_clique(log_file& log, const clique& made) {
 void log_time(log_file& log) {
     const std::time_t now = std::time(nullptr);
     std::array<char, 26> written{};
-    log.print("%s", ctime_r(&now, written.data()));
+    if (ctime_r(&now, written.data()) != nullptr) log.print("%s", written.data());
+}
+
+void log_assignment(log_file& log, node& assigned, const clique& home) {
+    if (log.is_set())
+        log.print("    Node %s assigned to clique %s\n", node_name(assigned),
+                  format_size(home.number).data());
+}
+
+void log_missing_table(log_file& log, node& checked) {
+    if (log.is_set()) log.print("    Warning: Node `%s' has no table\n", node_name(checked));
 }
 
 void log_cliques(log_file& log, std::span<const std::unique_ptr<clique>> cliques) {
     if (!log.is_set()) return;
     log.print("\n\nCliques:\n");
-    std::size_t total = 0;
+    std::size_t discrete = 0, continuous = 0;
     for (const auto& made : cliques) {
         log_clique(log, *made);
-        total = saturating_sum(total, made->size);
+        discrete = saturating_sum(discrete, made->size.configurations);
+        continuous = saturating_sum(continuous, made->size.continuous_part());
     }
-    log.print("\nTotal clique table size: %s\n", format_size(total).data());
+    log.print("\nTotal clique table size: ");
+    log_size(log, discrete, continuous);
+    log.print("\n");
 }
 
 void log_root(log_file& log, const clique& root) {
@@ -63,9 +68,12 @@ void log_root(log_file& log, const clique& root) {
 void log_separator(log_file& log, const separator& made) {
     if (!log.is_set()) return;
     const std::size_t count = made.members.size();
-    log.print("\nCliques %s and %s linked, separator has %s member%s and table size = %s:\n",
+    log.print("\nCliques %s and %s linked, separator has %s member%s and table size = ",
               format_size(made.child->number).data(), format_size(made.parent->number).data(),
-              format_size(count).data(), plural_ending(count), format_size(made.size).data());
+              format_size(count).data(), plural_ending(count));
+    log_size(log, made.size);
+    if (count == 0) return;
+    log.print(":\n");
     log_nodes(log, made.members);
 }
 

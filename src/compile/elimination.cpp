@@ -1,10 +1,10 @@
 // Elimination triangulation: remove the cheapest vertex, connect its neighbours, repeat.
 //
-//   Maps     connected graph -> maximal cliques of a triangulation
+//   Maps     connected graph -> maximal cliques of a triangulation, elimination order
 //   Cost     a step with d neighbours looks at their O(d^2) pairs; a fill-in link costs as said in elimination_graph.cpp,
 //            and each vertex whose score changes O(log n) in the heap
 //   Method   greedy one-step look-ahead [Kjaerulff 1990]; ties fall to the place in the heap, hence to vertex order
-//   Differs  neighbours that form no larger clique are eliminated in the same step
+//   Differs  neighbours that form no larger clique are eliminated in the same step; continuous vertices come first
 #include "elimination.h"
 
 #include <algorithm>
@@ -22,46 +22,58 @@ first_key key_of(elimination_heuristic heuristic) noexcept {
 
 class elimination {
 public:
-    elimination(const graph& start, elimination_heuristic heuristic)
-        : weighted_(uses_weights(heuristic)),
-          left_(start, weighted_),
-          queue_(initial_scores(start), key_of(heuristic)),
-          step_of_(start.vertex_count()) {}
+    elimination(const graph& start, bool weighted)
+        : start_(start), weighted_(weighted), left_(start, weighted), step_of_(start.vertex_count()) {
+        continuous_left_ = std::ranges::count_if(start.domains, &vertex_domain::is_continuous);
+    }
 
-    void run() {
-        while (!queue_.empty()) {
-            eliminate(queue_.top());
-            for (const vertex changed : left_.take_changed()) queue_.change(changed, score(changed));
+    void run(first_key key) {
+        vertex_heap queue(initial_scores(), key);
+        while (!queue.empty()) {
+            const std::size_t first = result_.order.size();
+            eliminate(queue.top(), true);
+            for (std::size_t i = first; i < result_.order.size(); ++i) queue.remove(result_.order[i]);
+            for (const vertex changed : left_.take_changed()) queue.change(changed, score(changed));
         }
     }
 
-    clique_list maximal_cliques() const;
-    const std::vector<edge>& fill_ins() const noexcept { return fill_ins_; }
-    vertex last() const noexcept { return last_; }
-
-private:
-    elimination_score score(vertex v) const noexcept {
-        return {left_.fill_in(v),
-                weighted_ ? left_.clique_weight_of(v) : static_cast<double>(left_.degree(v) + 1)};
+    void run(std::span<const vertex> order) {
+        for (const vertex next : order) eliminate(next, false);
     }
 
-    std::vector<elimination_score> initial_scores(const graph& start) const {
-        std::vector<elimination_score> scores(start.vertex_count());
+    elimination_result result() {
+        result_.cliques = maximal_cliques();
+        result_.removed = remove_redundant_fill_ins(result_.cliques, result_.fill_ins, start_.vertex_count());
+        return std::move(result_);
+    }
+
+private:
+    bool is_late(vertex v) const noexcept { return !start_.domains[v].is_continuous && continuous_left_ > 0; }
+
+    elimination_score score(vertex v) const noexcept {
+        return {left_.fill_in(v),
+                weighted_ ? left_.clique_weight_of(v) : static_cast<double>(left_.degree(v) + 1),
+                !start_.domains[v].is_continuous};
+    }
+
+    std::vector<elimination_score> initial_scores() const {
+        std::vector<elimination_score> scores(start_.vertex_count());
         for (vertex v = 0; v < scores.size(); ++v) scores[v] = score(v);
         return scores;
     }
 
-    void eliminate(vertex cheapest) {
-        vertex_set clique = left_.neighbors(cheapest);
+    void eliminate(vertex next, bool with_simplicial_neighbors) {
+        vertex_set clique = left_.neighbors(next);
         connect(clique);
         std::size_t others = clique.size();
-        remove(cheapest);
+        remove(next);
         for (const vertex v : clique)
-            if (left_.degree(v) == others - 1) {  // linked to nothing outside the clique
+            if (with_simplicial_neighbors && !is_late(v) &&
+                left_.degree(v) == others - 1) {  // linked to nothing outside the clique
                 remove(v);
                 --others;
             }
-        clique.insert(std::ranges::lower_bound(clique, cheapest), cheapest);
+        clique.insert(std::ranges::lower_bound(clique, next), next);
         cliques_.push_back(std::move(clique));
     }
 
@@ -70,24 +82,27 @@ private:
             for (auto b = a + 1; b != members.end(); ++b)
                 if (!left_.adjacent(*a, *b)) {
                     left_.add_link(*a, *b);
-                    fill_ins_.push_back({*a, *b});
+                    result_.fill_ins.push_back({*a, *b});
                 }
     }
 
     void remove(vertex removed) {
         left_.remove(removed);
-        queue_.remove(removed);
         step_of_[removed] = cliques_.size();
-        last_ = removed;
+        continuous_left_ -= start_.domains[removed].is_continuous;
+        result_.order.push_back(removed);
+        result_.fill_in_ends.push_back(result_.fill_ins.size());
     }
 
+    clique_list maximal_cliques() const;
+
+    const graph& start_;
     bool weighted_;
     elimination_graph left_;
-    vertex_heap queue_;
+    std::ptrdiff_t continuous_left_;
     clique_list cliques_;               // one for each step
     std::vector<std::size_t> step_of_;  // that eliminated each vertex
-    std::vector<edge> fill_ins_;
-    vertex last_ = 0;
+    elimination_result result_;
 };
 
 // What a step leaves of its clique lies in the clique of the next step that eliminates some of it. When it is as large,
@@ -120,13 +135,20 @@ void move_to_end(clique_list& cliques, vertex last) {
 
 }  // namespace
 
-clique_list triangulate_by_elimination(const graph& start, elimination_heuristic heuristic) {
-    elimination run(start, heuristic);
-    run.run();
-    clique_list cliques = run.maximal_cliques();
-    remove_redundant_fill_ins(cliques, run.fill_ins(), start.vertex_count());
-    move_to_end(cliques, run.last());
-    return cliques;
+elimination_result triangulate_by_elimination(const graph& start, elimination_heuristic heuristic) {
+    elimination eliminated(start, uses_weights(heuristic));
+    eliminated.run(key_of(heuristic));
+    elimination_result result = eliminated.result();
+    move_to_end(result.cliques, result.order.back());
+    return result;
+}
+
+elimination_result triangulate_in_order(const graph& start, std::span<const vertex> order) {
+    elimination eliminated(start, false);
+    eliminated.run(order);
+    elimination_result result = eliminated.result();
+    move_to_end(result.cliques, result.order.back());
+    return result;
 }
 
 }  // namespace quarn

@@ -18,11 +18,22 @@ constexpr bool uses_weights(elimination_heuristic heuristic) noexcept {
            heuristic == elimination_heuristic::fill_in_weight;
 }
 
-// The cliques of a triangulated graph, none of which lies in another one. The last one holds the vertex that was
-// eliminated last.
+// The maximal cliques of a triangulated graph.
 using clique_list = std::vector<vertex_set>;
 
-// No fill-in link can be left out, by itself, of the triangulated graph.
-clique_list triangulate_by_elimination(const graph& start, elimination_heuristic heuristic);
+// A triangulated graph and how it came about. No fill-in link can be left out of it by itself.
+struct elimination_result {
+    clique_list cliques;        // the last one holds the vertex that was eliminated last
+    std::vector<vertex> order;  // in which the vertices were eliminated
+    std::vector<edge> fill_ins;
+    std::vector<std::size_t>
+        fill_in_ends;           // for each vertex of the order, how many there were after its step
+    std::vector<edge> removed;  // fill-in links that turned out redundant
+};
+
+// Continuous vertices are eliminated before discrete ones.
+elimination_result triangulate_by_elimination(const graph& start, elimination_heuristic heuristic);
+// In a given order of all vertices.
+elimination_result triangulate_in_order(const graph& start, std::span<const vertex> order);
 
 }  // namespace quarn

@@ -40,13 +40,20 @@ std::vector<vertex_set> connected_components(const graph& whole) {
     return components;
 }
 
+// A hub with more links than the piece has vertices is asked for each of these.
 graph graph_pieces::induced_by(const vertex_set& vertices) {
     graph piece{std::vector<vertex_set>(vertices.size()), std::vector<vertex_domain>(vertices.size())};
     for (std::size_t i = 0; i < vertices.size(); ++i) place_[vertices[i]] = i;
     for (std::size_t i = 0; i < vertices.size(); ++i) {
+        const vertex_set& linked = whole_.neighbors[vertices[i]];
         piece.domains[i] = whole_.domains[vertices[i]];
-        for (const vertex neighbor : whole_.neighbors[vertices[i]])
-            if (place_[neighbor] != absent) piece.neighbors[i].push_back(place_[neighbor]);
+        if (linked.size() > 16 * vertices.size()) {
+            for (std::size_t j = 0; j < vertices.size(); ++j)
+                if (std::ranges::binary_search(linked, vertices[j])) piece.neighbors[i].push_back(j);
+        } else {
+            for (const vertex neighbor : linked)
+                if (place_[neighbor] != absent) piece.neighbors[i].push_back(place_[neighbor]);
+        }
     }
     for (const vertex v : vertices) place_[v] = absent;
     return piece;

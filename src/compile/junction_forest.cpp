@@ -1,37 +1,42 @@
 #include "junction_forest.h"
 
-#include "compile_log.h"
-#include "errors.h"
-#include "forest_construction.h"
-#include "moral_graph.h"
-#include "sizes.h"
-#include "triangulation.h"
+#include <algorithm>
 
 namespace quarn {
 
+table_size size_of(std::span<node* const> members) noexcept {
+    const auto first_continuous = std::ranges::find_if(members, &node::is_continuous);
+    const auto discrete = static_cast<std::size_t>(first_continuous - members.begin());
+    return {configurations(members.first(discrete)), members.size() - discrete};
+}
+
 void junction_forest::table_changed(const node& changed) noexcept {
-    if (changed.has_kind()) tree_of(changed).tables_changed = true;
+    if (!is_compiled) return;
+    if (changed.has_kind()) {
+        of(changed).tree->tables_changed = true;
+        return;
+    }
+    for (const auto& tree : trees)
+        for (const clique* holder : tree->cliques)
+            for (const assigned_table& assigned : holder->utilities)
+                if (assigned.owner == &changed) tree->tables_changed = true;
 }
 
 std::size_t total_size(const junction_tree& tree) noexcept {
     std::size_t total = 0;
-    for (const clique* counted : tree.cliques) total = saturating_sum(total, counted->size);
+    for (const clique* counted : tree.cliques)
+        total = saturating_sum(total,
+                               saturating_sum(counted->size.configurations, counted->size.continuous_part()));
     return total;
 }
 
-junction_forest* forest_of(const domain& compiled) noexcept {
-    return static_cast<junction_forest*>(compiled.compiled.get());
+junction_forest* triangulated_forest(const domain& asked) noexcept {
+    return static_cast<junction_forest*>(asked.compiled.get());
 }
 
-void compile(domain& compiled) {
-    require(compiled.counts.discrete > 0 && compiled.counts.discrete == compiled.node_count);
-    require(compiled.counts.of_category(q_category_chance) == compiled.node_count);
-    require(compiled.compiled == nullptr);
-    log_time(compiled.log);
-    const graph moral = make_moral_graph(compiled);
-    auto forest = make_junction_forest(compiled, triangulate(moral));
-    compiled.log.flush();
-    compiled.compiled = std::move(forest);
+junction_forest* forest_of(const domain& compiled) noexcept {
+    junction_forest* const forest = triangulated_forest(compiled);
+    return forest != nullptr && forest->is_compiled ? forest : nullptr;
 }
 
 }  // namespace quarn

@@ -3,11 +3,13 @@
 //   Maps     a domain -> undirected graph over its nodes with a kind, with sorted neighbours
 //   Cost     the sum of squares of the family sizes, and O(d log d) for each node with d neighbours
 //   Differs  a function node is not linked to its parents, but married to the other parents of its children; the
-//            parents of a utility are married though it is no vertex itself
+//            parents of a utility are married though it is no vertex itself; excluded nodes are no vertices, their
+//            parents are married all the same
 #include "moral_graph.h"
 
 #include <algorithm>
 
+#include "necessary_fill_ins.h"
 #include "node.h"
 
 namespace quarn {
@@ -17,24 +19,32 @@ class moralisation {
 public:
     explicit moralisation(domain& source) : source_(source) {}
 
-    graph run() {
-        number_vertices();
+    moral_graph run(std::span<node* const> order) {
+        source_.number_nodes();
+        excluded_ = source_.new_mark();
+        for (node* member : source_.settings.excluded) member->mark = excluded_;
+        for (node* member = source_.oldest; member != nullptr; member = member->newer)
+            member->vertex = no_vertex;
+        if (order.empty())
+            for (node* member = source_.oldest; member != nullptr; member = member->newer)
+                add_vertex(*member);
+        for (node* member : order) add_vertex(*member);
+        moral_.links.neighbors.resize(moral_.nodes.size());
         source_.log.print("\n\nMoral links:\n\n");
         for (node* member = source_.oldest; member != nullptr; member = member->newer)
-            if (member->has_kind()) gather_neighbors(*member);
+            if (is_vertex(*member)) gather_neighbors(*member);
         return std::move(moral_);
     }
 
 private:
-    void number_vertices() {
-        for (node* member = source_.oldest; member != nullptr; member = member->newer) {
-            member->vertex = no_vertex;
-            if (!member->has_kind()) continue;
-            member->vertex = moral_.domains.size();
-            moral_.domains.push_back(
-                {member->is_continuous() ? 1 : member->state_count, member->is_continuous()});
-        }
-        moral_.neighbors.resize(moral_.domains.size());
+    static bool is_vertex(const node& member) noexcept { return member.vertex != no_vertex; }
+
+    void add_vertex(node& member) {
+        if (!member.has_kind() || member.mark == excluded_) return;
+        member.vertex = moral_.nodes.size();
+        moral_.nodes.push_back(&member);
+        moral_.links.domains.push_back(
+            {member.is_continuous() ? 1 : member.state_count, member.is_continuous()});
     }
 
     void gather_neighbors(node& member) {
@@ -42,20 +52,20 @@ private:
         member.mark = mark_;
         if (!member.is_function()) gather_parents(member);
         for (node* child : member.children)
-            if (child->is(q_category_chance) || child->is(q_category_decision)) meet(member, *child);
+            if (is_vertex(*child) && !child->is_function()) meet(member, *child);
         for (node* child : member.children)
             if (!child->is_function()) marry_parents(member, *child);
-        std::ranges::sort(moral_.neighbors[member.vertex]);
+        std::ranges::sort(moral_.links.neighbors[member.vertex]);
     }
 
     void gather_parents(node& member) {
         for (node* parent : member.parents)
-            if (parent->has_kind()) meet(member, *parent);
+            if (is_vertex(*parent)) meet(member, *parent);
     }
 
     void marry_parents(node& member, node& child) {
         for (node* partner : child.parents)
-            if (partner->has_kind() && meet(member, *partner) && member.vertex < partner->vertex)
+            if (is_vertex(*partner) && meet(member, *partner) && member.number < partner->number)
                 log_marriage(member, *partner);
     }
 
@@ -63,7 +73,7 @@ private:
     bool meet(node& member, node& neighbor) {
         if (neighbor.mark == mark_) return false;
         neighbor.mark = mark_;
-        moral_.neighbors[member.vertex].push_back(neighbor.vertex);
+        moral_.links.neighbors[member.vertex].push_back(neighbor.vertex);
         return true;
     }
 
@@ -73,12 +83,17 @@ private:
     }
 
     domain& source_;
-    graph moral_;
-    uint64_t mark_ = 0;  // of the neighbours met so far
+    moral_graph moral_;
+    uint64_t excluded_ = 0;  // the mark of excluded nodes
+    uint64_t mark_ = 0;      // of the neighbours met so far
 };
 
 }  // namespace
 
-graph make_moral_graph(domain& source) { return moralisation(source).run(); }
+moral_graph make_moral_graph(domain& source, std::span<node* const> order) {
+    moral_graph made = moralisation(source).run(order);
+    add_necessary_fill_ins(made, source);
+    return made;
+}
 
 }  // namespace quarn

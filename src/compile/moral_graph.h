@@ -1,13 +1,20 @@
-// The moral graph of a domain [Lauritzen & Spiegelhalter 1988]: its vertices are the nodes with a kind, in creation
-// order; nodes are linked when they occur together in the table of some node.
+// The moral graph of a domain.
 #pragma once
+
+#include <span>
 
 #include "domain.h"
 #include "graph.h"
 
 namespace quarn {
 
-// Numbers the vertices (q_node::vertex) and logs the links between parents of a common child.
-graph make_moral_graph(domain& source);
+struct moral_graph {
+    graph links;
+    std::vector<node*> nodes;  // of the vertices
+};
+
+// One vertex for each node with a kind that is not excluded, in creation order, or in the given one, which has all of
+// them; sets q_node::vertex. Writes the marriages and the necessary fill-ins to the log of the domain.
+moral_graph make_moral_graph(domain& source, std::span<node* const> order = {});
 
 }  // namespace quarn

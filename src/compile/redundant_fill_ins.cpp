@@ -34,11 +34,14 @@ public:
             const std::size_t clique = only_clique_of(fill_ins_[link]);
             if (clique == none) continue;
             states_[link] = link_state::removed;
+            removed_.push_back(fill_ins_[link]);
             requeue_neighbors(fill_ins_[link], cliques_[clique]);
             split(clique, fill_ins_[link]);
         }
         std::erase_if(cliques_, [](const vertex_set& clique) { return clique.empty(); });
     }
+
+    std::vector<edge>& removed() noexcept { return removed_; }
 
 private:
     enum class link_state : unsigned char { queued, kept, removed };
@@ -111,12 +114,16 @@ private:
     std::vector<edge> fill_ins_;  // ascending
     std::vector<link_state> states_;
     std::vector<std::size_t> queue_;
+    std::vector<edge> removed_;
 };
 
 }  // namespace
 
-void remove_redundant_fill_ins(clique_list& cliques, std::vector<edge> fill_ins, std::size_t vertex_count) {
-    thinning(cliques, std::move(fill_ins), vertex_count).run();
+std::vector<edge> remove_redundant_fill_ins(clique_list& cliques, std::vector<edge> fill_ins,
+                                            std::size_t vertex_count) {
+    thinning thinned(cliques, std::move(fill_ins), vertex_count);
+    thinned.run();
+    return std::move(thinned.removed());
 }
 
 }  // namespace quarn

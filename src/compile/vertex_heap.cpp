@@ -34,6 +34,7 @@ void vertex_heap::change(vertex changed, const elimination_score& score) noexcep
 bool vertex_heap::beats(vertex a, vertex b) const noexcept {
     const elimination_score& score_a = scores_[a];
     const elimination_score& score_b = scores_[b];
+    if (score_a.is_late != score_b.is_late) return score_b.is_late;
     if (score_b.fill_in == 0) return false;
     if (score_a.fill_in == 0) return true;
     const bool fewer = score_a.fill_in < score_b.fill_in;

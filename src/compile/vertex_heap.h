@@ -14,7 +14,8 @@ namespace quarn {
 struct elimination_score {
     uint64_t fill_in =
         0;  // pairs of neighbours that are not linked, or their weight; 0: nothing is lost by eliminating
-    double clique = 0;  // size or weight of the clique that it makes
+    double clique = 0;     // size or weight of the clique that it makes
+    bool is_late = false;  // to be eliminated after all that are not
 };
 
 enum class first_key { clique, fill_in };  // the other one decides between equals

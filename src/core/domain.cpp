@@ -23,6 +23,7 @@ void q_domain::link(q_node& added) noexcept {
     ++counts.of_category(added.category);
     if (added.is_discrete()) ++counts.discrete;
     if (added.is_continuous()) ++counts.continuous;
+    if (added.has_kind()) settings.forget_orders();
 }
 
 void q_domain::unlink(q_node& removed) noexcept {
@@ -33,6 +34,8 @@ void q_domain::unlink(q_node& removed) noexcept {
     --counts.of_category(removed.category);
     if (removed.is_discrete()) --counts.discrete;
     if (removed.is_continuous()) --counts.continuous;
+    settings.excluded.remove(&removed);
+    if (removed.has_kind()) settings.forget_orders();
 }
 
 void q_domain::number_nodes() noexcept {

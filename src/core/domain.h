@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "attributes.h"
+#include "compile_settings.h"
 #include "handle_list.h"
 #include "log_file.h"
 #include "name_index.h"
@@ -89,6 +90,7 @@ struct q_domain {
     void (*user_data_cleanup)(q_domain_t) = nullptr;
 
     quarn::workers workers;  // of operations on its tables
+    quarn::compile_settings settings;
     quarn::log_file log;
     std::unique_ptr<quarn::compiled_state> compiled;
     quarn::handle_list<q_node> separation_result;  // of the last query of d-separation

@@ -24,7 +24,7 @@ q_status_t q_domain_set_concurrency_level(q_domain_t domain, size_t level) {
 }
 
 size_t q_domain_get_concurrency_level(q_domain_t domain) {
-    return api_call(largest_size, {domain}, [&] { return domain->workers.level; });
+    return api_call<size_t>(no_size, {domain}, [&] { return domain->workers.level; });
 }
 
 q_status_t q_domain_set_grain_size(q_domain_t domain, size_t grain) {
@@ -35,7 +35,7 @@ q_status_t q_domain_set_grain_size(q_domain_t domain, size_t grain) {
 }
 
 size_t q_domain_get_grain_size(q_domain_t domain) {
-    return api_call(largest_size, {domain}, [&] { return domain->workers.grain; });
+    return api_call<size_t>(no_size, {domain}, [&] { return domain->workers.grain; });
 }
 
 q_node_t q_domain_new_node(q_domain_t domain, q_category_t category, q_kind_t kind) {

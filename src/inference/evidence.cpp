@@ -45,7 +45,7 @@ const compiled_node& propagated_node(const node& asked) {
     require(asked.is_discrete());
     const junction_forest& forest = required_forest(*asked.domain);
     const compiled_node& result = forest.of(asked);
-    require(result.home->tree->equilibrium != q_equilibrium_none, q_error_no_equilibrium);
+    require(result.tree->equilibrium != q_equilibrium_none, q_error_no_equilibrium);
     return result;
 }
 

@@ -200,6 +200,8 @@ void propagate(domain& compiled, q_equilibrium_t equilibrium, q_mode_t mode) {
     require(equilibrium == q_equilibrium_sum && mode == q_mode_normal);
     junction_forest* const forest = forest_of(compiled);
     require(forest != nullptr, q_error_not_compiled);
+    require(compiled.counts.discrete == compiled.node_count && compiled.settings.excluded.empty() &&
+            compiled.counts.of_category(q_category_chance) == compiled.node_count);
     for (const auto& tree : forest->trees) propagate_tree(*forest, *tree, compiled.workers);
 }
 

@@ -69,7 +69,7 @@ T valid(q_domain_t domain) {
     return T{};
 }
 
-// User data, callbacks and their data may be null, and the value of an attribute.
+// User data, callbacks and their data may be null, the value of an attribute, and lists that delete stored ones.
 template <class T>
 constexpr bool may_be_null =
     !std::is_pointer_v<T> || std::is_same_v<T, void*> || std::is_function_v<std::remove_pointer_t<T>>;
@@ -79,6 +79,9 @@ void expect_nulls_refused(const std::string& name, Result (*function)(Parameters
     const bool optional[] = {may_be_null<Parameters>...};
     for (std::size_t null = 0; null < sizeof...(Parameters); ++null) {
         if (optional[null] || (null == 2 && name.ends_with("_set_attribute"))) continue;
+        if (null == 1 &&
+            (name.ends_with("_set_initial_triangulation") || name.ends_with("_set_excluded_nodes")))
+            continue;
         const owned_domain domain = network("cd");
         std::tuple<Parameters...> arguments{valid<Parameters>(domain.get())...};
         std::size_t place = 0;
@@ -91,6 +94,9 @@ void expect_nulls_refused(const std::string& name, Result (*function)(Parameters
 // clang-format off
 #define FUNCTIONS \
     q_domain_delete, q_domain_set_log_file, q_domain_set_concurrency_level, q_domain_get_concurrency_level, \
+    q_domain_triangulate, q_domain_triangulate_with_order, q_domain_get_elimination_order, \
+    q_domain_set_initial_triangulation, q_domain_set_excluded_nodes, q_domain_set_max_separators, \
+    q_domain_get_max_separators, q_domain_set_max_separator_size, q_domain_get_max_separator_size, \
     q_domain_set_grain_size, q_domain_get_grain_size, q_domain_new_node, q_domain_get_first_node, \
     q_domain_get_node_by_name, q_domain_set_node_size, q_domain_get_node_size, q_domain_set_attribute, \
     q_domain_get_attribute, q_domain_get_first_attribute, q_attribute_get_next, q_attribute_get_key, \

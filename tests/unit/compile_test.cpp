@@ -2,7 +2,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
+#include <functional>
 #include <random>
+#include <set>
 
 #include <gmock/gmock.h>
 
@@ -51,60 +53,151 @@ TEST(MoralGraph, LinksWhatOccursInOneTable) {
     q_node_t g = add(domain, chance, "g", 2);
     q_node_t h = add(domain, function, "h", 2, {b, g});  // not linked to them
     add(domain, chance, "i", 2, {h, a});
-    graph moral;
+    moral_graph moral;
     EXPECT_EQ(logged(domain, [&] { moral = make_moral_graph(*domain); }),
               "\nMoral links:\n\n    Marrying a and b\n    Marrying a and h\n    Marrying b and d\n");
     const std::vector<vertex_set> expected{{1, 2, 4, 6, 7}, {0, 2, 3}, {0, 1, 3, 4}, {1, 2},
                                            {0, 2},          {},        {0, 7},       {0, 6}};
-    EXPECT_EQ(moral.neighbors, expected);
+    EXPECT_EQ(moral.links.neighbors, expected);
 }
 
-owned_domain random_network(unsigned seed) {
+using nodes = std::vector<q_node_t>;
+
+// Discrete chance nodes; with other kinds continuous ones too, or decisions, utilities and functions.
+owned_domain random_network(unsigned seed, bool of_all_kinds = false) {
     owned_domain domain(q_domain_new());
     std::mt19937 random(seed);
-    std::vector<q_node_t> nodes(1 + seed / 2);
-    for (q_node_t& node : nodes) node = q_domain_new_node(domain.get(), chance, q_kind_discrete);
-    std::ranges::shuffle(nodes, random);
-    for (std::size_t i = 0; i < nodes.size(); ++i) {
-        q_node_set_number_of_states(nodes[i], 1 + random() % 3);
+    nodes made(1 + seed / 2 % 40);
+    for (q_node_t& node : made) {
+        const bool is_special = of_all_kinds && random() % 3 == 0;
+        const bool is_continuous = is_special && seed % 2 == 0;
+        node = q_domain_new_node(domain.get(), is_special && !is_continuous ? q_category_decision : chance,
+                                 is_continuous ? q_kind_continuous : q_kind_discrete);
+    }
+    std::ranges::shuffle(made, random);
+    for (std::size_t i = 0; i < made.size(); ++i) {
+        if (made[i]->is_discrete()) q_node_set_number_of_states(made[i], 1 + random() % 3);
         for (std::size_t draws = random() % 4; draws > 0 && i > 0; --draws)
-            q_node_add_parent(nodes[i], nodes[random() % i]);  // refused when it is one already
+            q_node_add_parent(made[i],
+                              made[random() % i]);  // refused when it is one already, or the kinds forbid it
+    }
+    for (std::size_t i = of_all_kinds && seed % 2 == 1 ? random() % 4 : 0; i > 0; --i) {
+        q_node_t added =
+            q_domain_new_node(domain.get(), i % 2 == 0 ? q_category_utility : function, q_kind_discrete);
+        for (int draws = 0; draws < 3; ++draws) q_node_add_parent(added, made[random() % made.size()]);
     }
     return domain;
 }
 
-TEST(Compile, BuildsAJunctionForest) {
-    for (unsigned seed = 0; seed < 80; ++seed) {
-        SCOPED_TRACE(seed);
-        const owned_domain domain = random_network(seed);
-        ASSERT_EQ(q_domain_compile(domain.get()), q_error_none);
-        const junction_forest& forest = *forest_of(*domain);
-        ASSERT_EQ(forest.trees.size(), connected_components(make_moral_graph(*domain)).size());
-        std::vector<int> parts(forest.nodes.size());  // of the tree, with a node: cliques less links
-        std::size_t number = forest.cliques.size();
-        for (const auto& tree : forest.trees)
-            for (std::size_t i = 0; i < tree->cliques.size(); ++i) {
-                EXPECT_EQ(tree->cliques[i]->number, number--);
-                for (const node* member : tree->cliques[i]->members) ++parts[member->vertex];
-                if (i == 0) continue;
-                const separator& link = *tree->separators[i - 1];
-                for (const node* member : link.members) --parts[member->vertex];
-                EXPECT_GT(link.parent->number, link.child->number);
-            }
-        EXPECT_EQ(number, 0u) << "cliques in no tree";
-        EXPECT_EQ(parts, std::vector<int>(parts.size(), 1));
-        for (const compiled_node& entry : forest.nodes) {
-            const clique* home = nullptr;
-            for (const auto& tested : forest.cliques) {
-                const auto is_member = [&](const node* n) { return tested->members.contains(n); };
-                const bool is_possible = std::ranges::all_of(entry.owner->own_table->nodes, is_member);
-                if (is_possible && (home == nullptr || tested->size < home->size)) home = tested.get();
-                EXPECT_TRUE(!is_member(entry.owner) || tested->size >= entry.best->size);
-            }
-            EXPECT_EQ(entry.home, home);
+// Some of the discrete nodes, ended by null.
+nodes some_discrete_nodes(const owned_domain& domain, unsigned one_in) {
+    nodes chosen;
+    for (node* n = domain->oldest; n != nullptr; n = n->newer)
+        if (n->is_discrete() && n->number % one_in == 0) chosen.push_back(n);
+    chosen.push_back(nullptr);
+    return chosen;
+}
+
+// Where a clique and its parent share continuous nodes, the clique has all its discrete nodes from there.
+void expect_strong(const separator& link) {
+    const std::size_t shared = link.members.size() - link.size.continuous;
+    EXPECT_TRUE(link.size.continuous == 0 || link.child->discrete_members().size() == shared);
+}
+
+void expect_junction_forest(const owned_domain& domain) {
+    const junction_forest& forest = *forest_of(*domain);
+    std::vector<int> parts(forest.vertex_count);  // of the tree, with a node: cliques less links
+    std::size_t number = forest.cliques.size();
+    for (const auto& tree : forest.trees)
+        for (std::size_t i = 0; i < tree->cliques.size(); ++i) {
+            EXPECT_EQ(tree->cliques[i]->number, number--);
+            for (const node* member : tree->cliques[i]->members) ++parts[member->vertex];
+            if (i == 0) continue;
+            const separator& link = *tree->separators[i - 1];
+            for (const node* member : link.members) --parts[member->vertex];
+            EXPECT_GT(link.parent->number, link.child->number);
+            expect_strong(link);
         }
-        q_node_t f = add(domain, function, "f", 0), g = add(domain, function, "g", 0, {f});
-        EXPECT_TRUE(q_node_remove_parent(g, f) == q_error_none && q_node_get_junction_tree(f) == nullptr);
+    EXPECT_EQ(number, 0u) << "cliques in no tree";
+    EXPECT_EQ(parts, std::vector<int>(parts.size(), 1));
+    for (const compiled_node& entry : forest.nodes) {
+        const clique* home = nullptr;
+        nodes family;
+        for (q_node_t n : entry.owner->own_table->nodes)
+            if (n->vertex < forest.vertex_count) family.push_back(n);
+        for (const auto& tested : forest.cliques) {
+            const auto is_member = [&](const node* n) { return tested->members.contains(n); };
+            if (!family.empty() && std::ranges::all_of(family, is_member) &&
+                (home == nullptr || tested->size < home->size))
+                home = tested.get();
+            EXPECT_TRUE(!is_member(entry.owner) || tested->size >= entry.best->size);
+        }
+        EXPECT_EQ(entry.home, home);
+    }
+}
+
+std::vector<std::set<const node*>> clique_sets(const owned_domain& domain) {
+    std::vector<std::set<const node*>> sets;
+    for (const auto& made : triangulated_forest(*domain)->cliques)
+        sets.emplace_back(made->members.begin(), made->members.end());
+    std::ranges::sort(sets);
+    return sets;
+}
+
+TEST(Compile, BuildsAJunctionForestOfAnyNetworkByAnyMethod) {
+    for (unsigned seed = 0; seed < 300; ++seed) {
+        SCOPED_TRACE(seed);
+        const owned_domain domain = random_network(seed, seed % 3 > 0);
+        if (seed % 5 == 0) q_domain_set_excluded_nodes(domain.get(), some_discrete_nodes(domain, 4).data());
+        const q_triangulation_method_t method =
+            q_triangulate_clique_size + q_triangulation_method_t(seed % 6);
+        if (q_domain_triangulate(domain.get(), method) != q_error_none) {  // all of one node
+            EXPECT_EQ(domain->counts.discrete + domain->counts.continuous, domain->settings.excluded.size());
+            continue;
+        }
+        EXPECT_EQ(q_domain_is_compiled(domain.get()), 0u);
+        const auto cliques = clique_sets(domain);
+        const std::size_t trees = triangulated_forest(*domain)->trees.size();
+        ASSERT_EQ(q_domain_compile(domain.get()), q_error_none);
+        expect_junction_forest(domain);
+        const bool is_plain = domain->counts.discrete == domain->node_count &&
+                              domain->settings.excluded.empty() &&
+                              domain->counts.of_category(chance) == domain->node_count;
+        EXPECT_EQ(q_domain_propagate(domain.get(), q_equilibrium_sum, q_mode_normal),
+                  is_plain ? q_error_none : q_error_usage);
+
+        q_domain_uncompile(domain.get());
+        EXPECT_EQ(trees, connected_components(make_moral_graph(*domain).links).size());
+        // The order that was found fills in nothing else.
+        const q_node_t* order = q_domain_get_elimination_order(domain.get());
+        ASSERT_NE(order, nullptr);
+        EXPECT_EQ(q_domain_set_initial_triangulation(domain.get(), order), q_error_none);
+        ASSERT_EQ(q_domain_triangulate_with_order(domain.get(), order), q_error_none);
+        EXPECT_EQ(clique_sets(domain), cliques);
+        // Nor does the search make anything worse of it; a random order does no harm either.
+        ASSERT_EQ(q_domain_compile(domain.get()), q_error_none);
+        expect_junction_forest(domain);
+        const auto weight = [&] {
+            double sum = 0;
+            for (const auto& made : triangulated_forest(*domain)->cliques)
+                sum += double(made->size.numbers());
+            return sum;
+        };
+        const double before = weight();
+        q_domain_uncompile(domain.get());
+        q_domain_set_max_separator_size(domain.get(), seed % 4);
+        ASSERT_EQ(q_domain_triangulate(domain.get(), q_triangulate_total_weight), q_error_none);
+        EXPECT_LE(weight(), before);
+        q_domain_uncompile(domain.get());
+        nodes shuffled;
+        for (const q_node_t* n = q_domain_get_elimination_order(domain.get()); *n != nullptr; ++n)
+            shuffled.push_back(*n);
+        std::ranges::shuffle(shuffled, std::mt19937(seed));
+        std::ranges::stable_partition(shuffled, &node::is_continuous);
+        shuffled.push_back(nullptr);
+        ASSERT_EQ(q_domain_triangulate_with_order(domain.get(), shuffled.data()), q_error_none);
+        ASSERT_EQ(q_domain_compile(domain.get()), q_error_none);
+        expect_junction_forest(domain);
     }
 }
 
@@ -119,6 +212,11 @@ TEST(Compile, WritesItsTrace) {
     EXPECT_EQ(
         logged(domain, [&] { EXPECT_EQ(q_domain_compile(domain.get()), q_error_none); }),
         "\n\nMoral links:\n\n    Marrying smoking_of_tobacco_or_other_plants and age_in_completed_years\n"
+        "\nThis component is a clique of cost 12\nThis component is a clique of cost 4\n"
+        "This component is a clique of cost 2\n"
+        "\n\nTotal cost of triangulation for all prime components is 18\n"
+        "\n\nElimination sequence:\n\n    coin\n    smoking_of_tobacco_or_other_plants\n"
+        "    age_in_completed_years\n    cancer_or_others\n    xray\n"
         "\n\nCliques:\n\nClique 3, 2 members, table size = 4:\n    cancer_or_others, xray\n"
         "\nClique 2, 3 members, table size = 12:\n"
         "    smoking_of_tobacco_or_other_plants, age_in_completed_years,\n    cancer_or_others\n"
@@ -135,24 +233,121 @@ TEST(Compile, WritesItsTrace) {
         "    Node coin assigned to clique 1\n");
 }
 
-TEST(Compile, RefusesAllButDiscreteChanceNodesThatFit) {
-    for (const auto& [category, kind] : {std::pair(chance, q_kind_continuous),
-                                         {q_category_decision, q_kind_discrete},
-                                         {q_category_utility, q_kind_other},
-                                         {q_category_function, q_kind_other}}) {
-        const owned_domain domain = random_network(9);
-        q_domain_new_node(domain.get(), category, kind);
-        EXPECT_EQ(q_domain_compile(domain.get()), q_error_usage) << category;
-        EXPECT_EQ(q_domain_is_compiled(domain.get()), 0u);
+// The triangulation of a circle s l e b, closed by d, to whose ends two continuous nodes are linked.
+std::string trace_of(const std::function<q_status_t(q_domain_t, const nodes&)>& triangulation) {
+    const owned_domain domain(q_domain_new());
+    q_node_t s = add(domain, chance, "s", 2), l = add(domain, chance, "l", 3, {s});
+    q_node_t b = add(domain, chance, "b", 5, {s}), e = add(domain, chance, "e", 4, {l});
+    q_node_t d = add(domain, chance, "d", 2, {e, b});
+    q_node_t x = q_domain_new_node(domain.get(), chance, q_kind_continuous);
+    q_node_t y = q_domain_new_node(domain.get(), chance, q_kind_continuous);
+    q_node_set_name(x, "x"), q_node_set_name(y, "y");
+    q_node_add_parent(x, s), q_node_add_parent(y, x), q_node_add_parent(y, d);
+    const std::string text = logged(domain, [&] {
+        EXPECT_EQ(triangulation(domain.get(), {x, y, s, l, b, e, d, nullptr}), q_error_none);
+    });
+    return text.substr(0, text.find("\n\nThe junction forest"));
+}
+
+TEST(Compile, WritesHowItTriangulates) {
+    const std::string moral = "\n\nMoral links:\n\n    Marrying b and e\n    Marrying d and x\n"
+                              "\n\nNecessary fill-ins:\n\n    Creating necessary fill-in between s and d\n";
+    const std::string continuous =
+        "This component is a clique of cost 12\nThis component is a clique of cost 12\n";
+    const std::string total =
+        "\n\nTotal cost of triangulation for all prime components is 128\n\n\nElimination sequence:\n\n"
+        "    y\n    x\n    l\n    ";
+    EXPECT_EQ(
+        trace_of([](q_domain_t domain, const nodes&) { return q_domain_triangulate(domain, 17); }),
+        moral +
+            "\n\nTriangulating prime component with 5 members:\n"
+            "\n    Using minimum fill-in size heuristic for triangulation:\n\n"
+            "\tEliminating l\n\tCreating fill-in between s and e\n\tEliminating s\n\tEliminating b\n"
+            "\tEliminating e\n\tEliminating d\n\nFound triangulation of prime component of cost 104\n" +
+            continuous + total +
+            "b\n    e\n    s\n    d\n"
+            "\n\nCliques:\n\nClique 4, 3 members, table size = 4 + 4:\n    s, d, x\n"
+            "\nClique 3, 3 members, table size = 2 + 4:\n    d, x, y\n"
+            "\nClique 2, 4 members, table size = 80:\n    s, b, e, d\n"
+            "\nClique 1, 3 members, table size = 24:\n    s, l, e\n\nTotal clique table size: 110 + 8\n");
+    EXPECT_EQ(
+        trace_of([](q_domain_t domain, const nodes& order) {
+            return q_domain_triangulate_with_order(domain, order.data());
+        }),
+        moral +
+            "\n\nUser specified triangulation -- Fill-in links and node numbering:\n\n"
+            "\tCreating fill-in between y and s\n    7 x\n    6 y\n\tCreating fill-in between l and b\n"
+            "\tCreating fill-in between l and d\n    5 s\n    4 l\n    3 b\n    2 e\n    1 d\n"
+            "\tRemoving redundant fill-in between y and s\n"
+            "\n\nCliques:\n\nClique 4, 3 members, table size = 4 + 4:\n    s, d, x\n"
+            "\nClique 3, 3 members, table size = 2 + 4:\n    d, x, y\n"
+            "\nClique 2, 4 members, table size = 60:\n    s, l, b, d\n"
+            "\nClique 1, 4 members, table size = 120:\n    l, b, e, d\n\nTotal clique table size: 186 + 8\n");
+    const std::string searched = trace_of([](q_domain_t domain, const nodes& order) {
+        q_domain_set_initial_triangulation(domain, order.data());
+        return q_domain_triangulate(domain, 19);
+    });
+    EXPECT_EQ(
+        searched.substr(0, searched.find("\n\nCliques")),
+        moral + "\n" + continuous +
+            "\nTriangulating prime component with 5 members:\n"
+            "Triangulating graph G1:\n\tFound 2 minimal separators\n\tKept 2 separators for triangulation\n"
+            "\tCreated 1 fragments\n\tInitial triangulation has cost 180\n"
+            "\tFound greedy triangulation of cost 104\n"
+            "\n    Optimal triangulation of graph G1 has cost 104\n"
+            "    Using the following separator of size 2 and cost 8:\n    s, e\n"
+            "    to split the graph into the following subgraphs:\n\tG2 (size: 4)\n\tG3 (size: 3)\n"
+            "\n    Graph G2 is a clique of cost 80\n\n    Graph G3 is a clique of cost 24\n"
+            "\nFound optimal triangulation of cost 104\n" +
+            total + "s\n    b\n    e\n    d\n");
+}
+
+TEST(Compile, RefusesWhatItCannotDo) {
+    const auto triangulate_by = [](auto method) {
+        return [=](q_domain_t d) { return q_domain_triangulate(d, method); };
+    };
+    const owned_domain domain(q_domain_new());
+    EXPECT_EQ(q_domain_compile(domain.get()), q_error_usage);
+    q_node_t utility = add(domain, q_category_utility, "u", 0);
+    EXPECT_EQ(triangulate_by(q_triangulate_best_greedy)(domain.get()), q_error_usage);
+    q_node_t a = add(domain, chance, "a", 2), b = add(domain, chance, "b", 2, {a});
+    const owned_domain other = random_network(3);
+    q_node_t stranger = q_domain_get_first_node(other.get());
+    for (const nodes& order : {nodes{a}, {a, a}, {a, utility}, {a, stranger}, {a, b, a}, {}}) {
+        nodes ended = order;
+        ended.push_back(nullptr);
+        EXPECT_EQ(q_domain_triangulate_with_order(domain.get(), ended.data()), q_error_enumeration);
+        EXPECT_EQ(q_domain_set_initial_triangulation(domain.get(), ended.data()), q_error_enumeration);
     }
-    const owned_domain mute = random_network(9);
+    for (const q_triangulation_method_t method : {14, 21})
+        EXPECT_EQ(triangulate_by(method)(domain.get()), q_error_usage);
+    q_domain_set_max_separator_size(domain.get(), 2);
+    EXPECT_EQ(triangulate_by(q_triangulate_total_weight)(domain.get()), q_error_usage);
+    for (const nodes& excluded : {nodes{utility, nullptr}, {stranger, nullptr}})
+        EXPECT_EQ(q_domain_set_excluded_nodes(domain.get(), excluded.data()), q_error_usage);
+    const nodes both{a, b, nullptr};
+    EXPECT_EQ(q_domain_set_excluded_nodes(domain.get(), both.data()), q_error_none);
+    EXPECT_EQ(q_domain_compile(domain.get()), q_error_usage);
+    EXPECT_EQ(q_domain_set_excluded_nodes(domain.get(), nullptr), q_error_none);
+    EXPECT_EQ(q_domain_get_elimination_order(domain.get()), nullptr);
+    EXPECT_EQ(q_error_code(), q_error_usage);
+    EXPECT_EQ(q_domain_triangulate_with_order(domain.get(), both.data()), q_error_none);
+    EXPECT_EQ(q_domain_triangulate_with_order(domain.get(), both.data()), q_error_usage);
+    EXPECT_EQ(q_domain_set_excluded_nodes(domain.get(), nullptr), q_error_usage);
+
+    const owned_domain mute = random_network(9, true);
     q_domain_set_log_file(mute.get(), "/dev/full", 1);
-    EXPECT_EQ(q_domain_compile(mute.get()), q_error_io);
+    for (const auto& call : {q_domain_compile, +[](q_domain_t d) { return q_domain_triangulate(d, 19); }}) {
+        EXPECT_EQ(call(mute.get()), q_error_io);
+        EXPECT_EQ(q_domain_is_triangulated(mute.get()), 0u);
+    }
 }
 
 TEST(Compile, SurvivesLackOfMemory) {
     if (!allocation_faults::are_possible()) GTEST_SKIP();
     expect_survives_lack_of_memory({"compile", [] { return random_network(12); }, q_domain_compile});
+    expect_survives_lack_of_memory({"search", [] { return random_network(8, true); },
+                                    [](q_domain_t domain) { return q_domain_triangulate(domain, 19); }});
 }
 
 // Neither the depth of a tree nor the neighbours of a node may cost more than their share.
