@@ -11,6 +11,7 @@
 #include <CLI/CLI.hpp>
 
 #include "beliefs_command.h"
+#include "compile_command.h"
 #include "dsep_command.h"
 #include "terminal.h"
 #include "tool_failure.h"
@@ -67,6 +68,8 @@ exit_status run(int argument_count, char** arguments) {
     commands.set_version_flag("--version", "quarn " QUARN_VERSION);
     tool::beliefs_options beliefs;
     tool::add_beliefs_command(commands, beliefs);
+    tool::compile_options compile;
+    tool::add_compile_command(commands, compile);
     tool::dsep_options dsep;
     tool::add_dsep_command(commands, dsep);
     std::vector<std::string> words = read_words(argument_count, arguments);
@@ -78,6 +81,7 @@ exit_status run(int argument_count, char** arguments) {
         return finish_parsing(commands, stopped);
     }
     if (commands.get_subcommands().empty()) throw tool::usage_failure("no command is given");
+    if (commands.got_subcommand("compile")) return print(tool::run_compile(compile));
     return print(commands.got_subcommand("dsep") ? tool::run_dsep(dsep) : tool::run_beliefs(beliefs));
 }
 
