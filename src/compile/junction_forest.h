@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "allocation.h"
@@ -32,7 +33,10 @@ struct table_size {
     std::size_t numbers() const noexcept {
         return saturating_product(configurations, 1 + cg_block_size(continuous));
     }
-    auto operator<=>(const table_size&) const = default;
+    bool operator==(const table_size&) const = default;
+    auto operator<=>(const table_size& other) const noexcept {
+        return std::pair(configurations, continuous) <=> std::pair(other.configurations, other.continuous);
+    }
 };
 table_size size_of(std::span<node* const> members) noexcept;
 

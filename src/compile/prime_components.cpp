@@ -48,7 +48,7 @@ std::vector<vertex_set> prime_components(const graph& connected, const clique_li
     }
     for (vertex_set& component : components) {
         std::ranges::sort(component);
-        component.erase(std::ranges::unique(component).begin(), component.end());
+        component.erase(std::unique(component.begin(), component.end()), component.end());
     }
     std::ranges::sort(components);
     return components;

@@ -1,9 +1,9 @@
 #include "parallel.h"
 
 #include <atomic>
+#include <csignal>
 #include <pthread.h>
 #include <sched.h>
-#include <signal.h>
 #include <vector>
 
 #include "allocation.h"
