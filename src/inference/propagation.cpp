@@ -2,7 +2,7 @@
 //
 //   Maps     tables of the nodes, entered evidence -> marginals of all cliques, beliefs, probability of the evidence
 //   Cost     three passes over every clique and one for each table, neighbour and belief in it, and more only in tables
-//            whose entries come near the smallest double; allocates nothing
+//            whose entries come near the smallest double; allocates nothing but the records of threads
 //   Method   the tables are multiplied together in the cliques; each clique sends its marginal to its parent, children
 //            first (collect); the root is divided by its sum; then each clique sends its marginal back (distribute),
 //            divided by the message that came from there
