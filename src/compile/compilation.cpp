@@ -37,13 +37,6 @@ void build_forest(domain& changed, const moral_graph& moral, const triangulation
     changed.compiled = std::move(forest);
 }
 
-// The order of a moral graph's vertices that were numbered in it.
-std::vector<vertex> all_vertices(const moral_graph& moral) {
-    std::vector<vertex> order(moral.nodes.size());
-    for (vertex v = 0; v < order.size(); ++v) order[v] = v;
-    return order;
-}
-
 }  // namespace
 
 void triangulate(domain& changed, q_triangulation_method_t method) {
@@ -68,7 +61,8 @@ void triangulate(domain& changed, const q_node_t* order) {
     log_time(changed.log);
     const moral_graph moral = make_moral_graph(changed, checked);
     triangulation_log log(changed.log, moral.nodes);
-    build_forest(changed, moral, triangulate_domain(moral.links, all_vertices(moral), log));
+    const vertex_set as_numbered = first_vertices(moral.nodes.size());
+    build_forest(changed, moral, triangulate_domain(moral.links, as_numbered, log));
 }
 
 void compile(domain& changed) {

@@ -1,6 +1,7 @@
 #include "graph.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace quarn {
 namespace {
@@ -20,6 +21,12 @@ void label_component(const graph& whole, vertex start, std::size_t label, std::v
 }
 
 }  // namespace
+
+vertex_set first_vertices(std::size_t count) {
+    vertex_set vertices(count);
+    std::iota(vertices.begin(), vertices.end(), vertex{0});
+    return vertices;
+}
 
 bool is_complete(const graph& tested) noexcept {
     return std::ranges::all_of(tested.neighbors, [&](const vertex_set& neighbors) {

@@ -25,6 +25,9 @@ struct graph {
 
 using edge = std::pair<vertex, vertex>;  // the smaller one first
 
+// 0 .. count - 1
+vertex_set first_vertices(std::size_t count);
+
 // Whether all vertices are linked to each other.
 bool is_complete(const graph& tested) noexcept;
 

@@ -22,8 +22,7 @@ public:
 
     void run() {
         log_.print("\n\nNecessary fill-ins:\n\n");
-        std::vector<vertex> in_creation_order(nodes_.size());
-        for (vertex v = 0; v < nodes_.size(); ++v) in_creation_order[v] = v;
+        std::vector<vertex> in_creation_order = first_vertices(nodes_.size());
         std::ranges::sort(in_creation_order, {}, [&](vertex v) { return nodes_[v]->number; });
         for (const vertex v : in_creation_order)
             if (graph_.domains[v].is_continuous && met_for_[v] == nodes_.size()) complete(boundary_from(v));

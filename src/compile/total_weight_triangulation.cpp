@@ -1,26 +1,15 @@
 #include "total_weight_triangulation.h"
 
-#include <numeric>
-
 #include "clique_weight.h"
 #include "total_weight_search.h"
 
 namespace quarn {
-namespace {
-
-// Vertices are numbered in the initial order.
-clique_list initial_triangulation(const graph& piece) {
-    vertex_set order(piece.vertex_count());
-    std::iota(order.begin(), order.end(), vertex{0});
-    return triangulate_in_order(piece, order).cliques;
-}
-
-}  // namespace
 
 clique_list triangulate_by_total_weight(const graph& piece, const vertex_set& component,
                                         const triangulation_request& asked, triangulation_log& log) {
     std::vector<clique_list> known;
-    if (asked.is_in_initial_order) known.push_back(initial_triangulation(piece));
+    if (asked.is_in_initial_order)
+        known.push_back(triangulate_in_order(piece, first_vertices(piece.vertex_count())).cliques);
     known.push_back(triangulate_by_best_heuristic(piece).cliques);
     const search_limits limits{asked.max_separators, asked.max_separator_size};
     search_result found = search_total_weight(piece, limits, known);

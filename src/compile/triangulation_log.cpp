@@ -1,7 +1,5 @@
 #include "triangulation_log.h"
 
-#include <numeric>
-
 #include "clique_weight.h"
 #include "log_nodes.h"
 #include "sizes.h"
@@ -126,8 +124,7 @@ void triangulation_log::elimination_sequence(std::span<const vertex> order) {
 
 void triangulation_log::given_order(const elimination_result& made) {
     if (!log_.is_set()) return;
-    vertex_set all(nodes_.size());
-    std::iota(all.begin(), all.end(), vertex{0});
+    const vertex_set all = first_vertices(nodes_.size());
     log_.print("\n\nUser specified triangulation -- Fill-in links and node numbering:\n\n");
     for (std::size_t step = 0; step < made.order.size(); ++step) {
         fill_ins(made, step, all);

@@ -10,6 +10,7 @@
 
 #include "loop_levels.h"
 #include "parallel.h"
+#include "sizes.h"
 #include "table.h"
 #include "walk.h"
 
@@ -45,7 +46,8 @@ void run_kept(const cg_plan& plan, std::size_t work, std::size_t scratch, const 
     if (kept.empty())
         return run_slices(1, 1, scratch, [&](slice_range, double* numbers) noexcept { run(0, 0, numbers); });
     const loop_level outermost = kept.front();
-    const std::size_t each = steps(kept.subspan(1)) * steps(plan.loops.removed) * work;
+    const std::size_t inside = saturating_product(steps(kept.subspan(1)), steps(plan.loops.removed));
+    const std::size_t each = saturating_product(inside, work);
     const std::size_t slices = slice_count(outermost.count, each, allowed);
     run_slices(outermost.count, slices, scratch, [&](slice_range range, double* numbers) noexcept {
         for (std::size_t step = range.first; step < range.first + range.count; ++step)

@@ -1,12 +1,8 @@
 #!/usr/bin/env bash
 # quarn beliefs: evidence in all forms, both outputs, every way to fail.
 # usage: beliefs.sh QUARN SOURCE_DIR
-set -uo pipefail
-quarn=$1
-clinic=$2/examples/chest_clinic.net
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-failures=0
+# shellcheck source=tests/support/command.sh
+source "$2/tests/support/command.sh"
 
 complain() {
     echo "FAILED: $*"

@@ -1,12 +1,8 @@
 #!/usr/bin/env bash
 # quarn compile: the numbers of small networks, tables that are too large, both outputs, every way to fail.
 # usage: compile.sh QUARN SOURCE_DIR
-set -uo pipefail
-quarn=$1
-clinic=$2/examples/chest_clinic.net
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-failures=0
+# shellcheck source=tests/support/command.sh
+source "$2/tests/support/command.sh"
 
 # expect STATUS TEXT ARGUMENT...: runs quarn compile, which must say this, with T for times, and single blanks.
 expect() {

@@ -1,12 +1,8 @@
 #!/usr/bin/env bash
 # quarn dsep: lists of nodes as they may be written, both outputs, every way to fail.
 # usage: dsep.sh QUARN SOURCE_DIR
-set -uo pipefail
-quarn=$1
-clinic=$2/examples/chest_clinic.net
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-failures=0
+# shellcheck source=tests/support/command.sh
+source "$2/tests/support/command.sh"
 
 # expect STATUS TEXT ARGUMENT...: runs quarn dsep, which must print a result, or else nothing but why there is none.
 expect() {
