@@ -22,10 +22,17 @@ void require_sound(bool condition) {
 void check_table(const node& owner) {
     const table& checked = *owner.own_table;
     require_sound(checked.is_materialised() && checked.data.size() == checked.size);
-    require_sound(checked.nodes.size() == owner.parents.size() + 1 && checked.nodes.contains(&owner));
+    require_sound(checked.nodes.contains(&owner) == owner.has_kind());
+    std::size_t members = owner.has_kind() ? 1 : 0;
+    for (const node* parent : owner.parents) {
+        const bool belongs = parent->has_kind() && !owner.is_function();
+        require_sound(checked.nodes.contains(parent) == belongs);
+        members += belongs ? 1 : 0;
+    }
+    require_sound(checked.nodes.size() == members);
     std::size_t size = 1;
-    for (const node* member : checked.nodes) size *= member->state_count;
-    require_sound(size == checked.size);
+    for (const node* member : checked.nodes) size *= member->is_discrete() ? member->state_count : 1;
+    require_sound(size == checked.size && checked.moments.size() == checked.cg_size());
     for (const double number : checked.data) require_sound(!std::isnan(number));
 }
 

@@ -106,9 +106,9 @@ bool net_lexer::starts_number() const noexcept {
 }
 
 token net_lexer::read_number() {
-    const bool is_signed = !is_digit(source_[place_]) && source_[place_] != '.';
+    number_has_sign_ = !is_digit(source_[place_]) && source_[place_] != '.';
     const bool negative = source_[place_] == '-';
-    const char* const first = source_.data() + place_ + (is_signed ? 1 : 0);
+    const char* const first = source_.data() + place_ + (number_has_sign_ ? 1 : 0);
     const auto [last, problem] = std::from_chars(first, source_.data() + source_.size(), number_);
     if (problem == std::errc::invalid_argument) {  // a point without digits
         place_ = static_cast<std::size_t>(first - source_.data()) + 1;

@@ -43,6 +43,7 @@ public:
     const std::string& text() const noexcept { return text_; }
     // Of the last number token.
     double number() const noexcept { return number_; }
+    bool number_has_sign() const noexcept { return number_has_sign_; }
 
     // How far the text has been read.
     std::size_t position() const noexcept { return unit_ == position_unit::line ? line_ : place_; }
@@ -70,6 +71,7 @@ private:
     parse_reports* reports_;
     std::string text_;
     double number_ = 0;
+    bool number_has_sign_ = false;
 };
 
 }  // namespace quarn

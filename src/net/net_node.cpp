@@ -90,6 +90,7 @@ void node_parser::parse_position() {
 
 // '=' '(' STRING { STRING } ')' ';'
 void node_parser::parse_states() {
+    if (!node_.is_discrete()) in_.fail("only discrete nodes can have states");
     if (has_states_) in_.fail("states specified twice (or more)");
     in_.expect('=');
     in_.expect('(');
@@ -106,6 +107,7 @@ void node_parser::parse_states() {
 
 // '=' NAME ';'
 void node_parser::parse_subtype() {
+    if (!node_.is_discrete()) in_.fail("subtype designations only make sense for discrete nodes");
     constexpr const char* message = "`label', `boolean', `number', or `interval' expected";
     in_.expect('=');
     in_.next();
@@ -124,6 +126,7 @@ void node_parser::parse_subtype() {
 
 // '=' '(' state_value { state_value } ')' ';'
 void node_parser::parse_state_values() {
+    if (!node_.is_discrete()) in_.fail("only discrete nodes can have state values");
     if (!node_.has_values()) in_.fail("only numeric nodes can have state values");
     if (!has_states_) in_.fail("states must be specified before state values");
     if (has_state_values_) in_.fail("state values have already been specified");

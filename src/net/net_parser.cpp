@@ -23,8 +23,9 @@ private:
     };
     static const std::array<item, 4> items;
 
-    void parse_node_item();
+    void parse_item();
     void parse_discrete();
+    void parse_continuous();
     void parse_potential() { potentials_.parse(); }
     void parse_net_block();
     void parse_node_size();
@@ -36,34 +37,61 @@ private:
 };
 
 constexpr std::array<net_parser::item, 4> net_parser::items{{
-    {"node", &net_parser::parse_node_item},
     {"discrete", &net_parser::parse_discrete},
+    {"continuous", &net_parser::parse_continuous},
     {"potential", &net_parser::parse_potential},
     {"net", &net_parser::parse_net_block},
 }};
 
-// network -> { item }
-// item    -> node | discrete | potential | net
-void net_parser::parse() {
-    while (in_.next() != token_end) {
-        if (!in_.is_name()) in_.fail("unexpected token");
-        const auto known = std::ranges::find(items, in_.text(), &item::keyword);
-        if (known == items.end()) in_.fail("unknown object type: %s", in_.text().c_str());
-        (this->*known->parse)();
-    }
+// What a keyword declares when no kind is said before it.
+struct declaration {
+    std::string_view keyword;
+    q_category_t category;
+    q_kind_t kind;
+};
+constexpr std::array<declaration, 4> declarations{{
+    {"node", q_category_chance, q_kind_discrete},
+    {"decision", q_category_decision, q_kind_discrete},
+    {"utility", q_category_utility, q_kind_other},
+    {"function", q_category_function, q_kind_other},
+}};
+
+// Null where the last token is no such keyword.
+const declaration* find_declaration(const net_reader& in) {
+    if (!in.is_name()) return nullptr;
+    const auto* const known = std::ranges::find(declarations, in.text(), &declaration::keyword);
+    return known != declarations.end() ? known : nullptr;
 }
 
-// node -> 'node' declaration
-void net_parser::parse_node_item() { parse_node(in_, target_, q_category_chance, q_kind_discrete); }
+// network -> { item }
+void net_parser::parse() {
+    while (in_.next() != token_end) parse_item();
+}
 
-// discrete -> 'discrete' 'node' declaration
+// item -> ( 'node' | 'decision' | 'utility' | 'function' ) node | discrete | continuous | potential | net
+void net_parser::parse_item() {
+    if (!in_.is_name()) in_.fail("unexpected token");
+    if (const declaration* declared = find_declaration(in_))
+        return parse_node(in_, target_, declared->category, declared->kind);
+    const auto known = std::ranges::find(items, in_.text(), &item::keyword);
+    if (known == items.end()) in_.fail("unknown object type: %s", in_.text().c_str());
+    (this->*known->parse)();
+}
+
+// discrete -> 'discrete' ( 'node' | 'decision' | 'function' ) node
 void net_parser::parse_discrete() {
     in_.next();
-    if (in_.is_name() && (in_.text() == "decision" || in_.text() == "function"))
-        in_.fail("unknown object type: %s", in_.text().c_str());
-    if (!in_.is_name() || in_.text() != "node")
+    const declaration* const declared = find_declaration(in_);
+    if (declared == nullptr || declared->category == q_category_utility)
         in_.fail("keyword `node', `decision', or `function' expected");
-    parse_node_item();
+    parse_node(in_, target_, declared->category, q_kind_discrete);
+}
+
+// continuous -> 'continuous' 'node' node
+void net_parser::parse_continuous() {
+    in_.next();
+    if (!in_.is_name() || in_.text() != "node") in_.fail("keyword `node' expected");
+    parse_node(in_, target_, q_category_chance, q_kind_continuous);
 }
 
 // net -> 'net' '{' { NAME '=' value ';' } '}'

@@ -1,11 +1,23 @@
 #include "net_potential.h"
 
-#include <algorithm>
-
 #include "links.h"
+#include "net_data.h"
+#include "net_normal.h"
 #include "table.h"
 
 namespace quarn {
+namespace {
+
+// What a refused link would have closed; null where that is not why it was refused.
+const char* cycle_named_by(q_error_t code) noexcept {
+    switch (code) {
+    case q_error_cyclic_network: return "directed cycle";
+    case q_error_cyclic_functional_dependency: return "cyclic functional dependency";
+    default: return nullptr;
+    }
+}
+
+}  // namespace
 
 // potential -> 'potential' head '{' body
 void potential_parser::parse() {
@@ -25,7 +37,7 @@ potential_parser::head potential_parser::parse_head() {
     parse_child(parsed);
     const token after = in_.next();
     if (after == '|')
-        while (!in_.accept(')')) parsed.parents.push_back(&parse_member());
+        while (!in_.accept(')')) parse_parent(parsed);
     else if (in_.is_name())
         in_.fail("`)' expected");
     else if (after != ')')
@@ -38,6 +50,28 @@ void potential_parser::parse_child(head& parsed) {
     if (first == '|' || first == ')') in_.fail("empty child node list");
     in_.push_back();
     parsed.child = &parse_member();
+}
+
+void potential_parser::parse_parent(head& parsed) {
+    node& parent = parse_member();
+    require_parent(parsed, parent);
+    parsed.parents.push_back(&parent);
+}
+
+// Whether it may follow the parents listed so far: discrete ones come first, real-valued functions last.
+void potential_parser::require_parent(const head& parsed, node& parent) {
+    node& child = *parsed.child;
+    if (!child.is_function()) {
+        if (parent.is_utility()) in_.fail("utility node `%s' specified as parent", node_name(parent));
+        if (child.is_discrete() && parent.is_continuous())
+            in_.fail("continuous node `%s' is not allowed as parent of discrete node `%s'", node_name(parent),
+                     node_name(child));
+    }
+    if (parsed.parents.empty()) return;
+    const node& before = *parsed.parents.back();
+    if (parent.is_discrete() && !before.is_discrete()) in_.fail("discrete parents must appear first");
+    if (before.is_real_function() && !parent.is_real_function())
+        in_.fail("real-valued function parents must appear last");
 }
 
 // member -> NAME
@@ -57,9 +91,10 @@ void potential_parser::add_links(const head& parsed) {
         try {
             add_parent(*parsed.child, *parent);
         } catch (const failure& refused) {
-            if (refused.code() != q_error_cyclic_network) throw;
-            in_.fail("adding the link %s --> %s creates a directed cycle", node_name(*parent),
-                     node_name(*parsed.child));
+            const char* const obstacle = cycle_named_by(refused.code());
+            if (obstacle == nullptr) throw;
+            in_.fail("adding the link %s --> %s creates a %s", node_name(*parent), node_name(*parsed.child),
+                     obstacle);
         }
     }
 }
@@ -75,39 +110,20 @@ void potential_parser::parse_body(node& child) {
     }
 }
 
-// attribute -> 'data' '=' numbers ';'
+// attribute -> 'data' '=' data ';'
 void potential_parser::parse_data(body& parsed) {
     if (parsed.has_data) in_.fail("`data' attribute specified twice");
+    if (parsed.child.is_real_function())
+        in_.fail("`data' attribute is not allowed for real-valued function nodes");
     parsed.has_data = true;
     in_.expect('=');
-    // All parents are linked before the table is first asked for, so it has the order of the head: parents, child.
+    // All parents are linked before the table is first asked for, so its discrete nodes are in the order of the head.
     table& described = own_table(parsed.child);
-    const std::vector<double> numbers = parse_numbers(described.size);
+    if (parsed.child.is_continuous())
+        parse_normals(in_, described);
+    else
+        parse_numbers(in_, described);
     in_.expect(';');
-    described.materialise();
-    std::ranges::copy(numbers, described.data.begin());
-}
-
-// numbers -> '(' { '(' | ')' | NUMBER } ')', as many numbers as the table has entries. Inner parentheses only need to
-// balance. Memory is taken as numbers come: a short text with a huge table must not exhaust it.
-std::vector<double> potential_parser::parse_numbers(std::size_t count) {
-    std::vector<double> numbers;
-    in_.expect('(');
-    std::size_t open = 1;
-    while (numbers.size() < count) {
-        const token next = in_.next();
-        if (next == '(') {
-            ++open;
-        } else if (next == ')' && open > 1) {
-            --open;
-        } else {
-            in_.push_back();
-            numbers.push_back(in_.expect_number());
-            if (numbers.back() < 0) in_.report("warning: negative value in probability potential");
-        }
-    }
-    for (; open > 0; --open) in_.expect(')');
-    return numbers;
 }
 
 }  // namespace quarn

@@ -27,11 +27,12 @@ private:
 
     head parse_head();
     void parse_child(head& parsed);
+    void parse_parent(head& parsed);
     node& parse_member();
+    void require_parent(const head& parsed, node& parent);
     void add_links(const head& parsed);
     void parse_body(node& child);
     void parse_data(body& parsed);
-    std::vector<double> parse_numbers(std::size_t count);
 
     net_reader& in_;
     domain& target_;

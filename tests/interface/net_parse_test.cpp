@@ -31,14 +31,18 @@ struct parse_result {
 
 // Each text with an @ where the message is to say it is, ' for ", and two nodes and a potential before it.
 TEST(NetParse, TellsWhatIsWrongAndWhere) {
+    const std::string normals = "continuous node x {} continuous node y {} potential (y | a x) { data = (";
     const struct {
         std::string text, message;
         q_error_t code = q_error_parse;
     } cases[] = {
         {"{@", "unexpected token"},
         {"nodes@ a {}", "unknown object type: nodes"},
-        {"discrete decision@ a {}", "unknown object type: decision"},
+        {"discrete utility@ a {}", "keyword `node', `decision', or `function' expected"},
         {"discrete nodes@ a {}", "keyword `node', `decision', or `function' expected"},
+        {"continuous decision@ c {}", "keyword `node' expected"},
+        {"continuous node x {} decision d@ {}", "API error: LIMIDs with CG nodes are not supported.",
+         q_error_cg_limids_not_supported},
         {"net x@ {}", "`{' expected"},
         {"net { 1@ }", "`}' or an attribute name expected"},
         {"net { a 1@; }", "`=' expected"},
@@ -59,6 +63,9 @@ TEST(NetParse, TellsWhatIsWrongAndWhere) {
         {"node c { states = ('x'); states@ = ('x'); }", "states specified twice (or more)"},
         {"node c { subtype = bool@; }", "`label', `boolean', `number', or `interval' expected"},
         {"node c { subtype = boolean; states = ('x'); }@", "a boolean node must have exactly two states"},
+        {"utility u { states@ = ('x'); }", "only discrete nodes can have states"},
+        {"function f { subtype@ = x; }", "subtype designations only make sense for discrete nodes"},
+        {"continuous node x { state_values@ = (1); }", "only discrete nodes can have state values"},
         {"node c { state_values@ = (1); }", "only numeric nodes can have state values"},
         {"node c { subtype = number; state_values@ = (1); }", "states must be specified before state values"},
         {"node c {subtype=number; states=('x'); state_values=(1); state_values@=(1);}",
@@ -72,12 +79,42 @@ TEST(NetParse, TellsWhatIsWrongAndWhere) {
         {"potential (a | a@)", "node `a' appears twice in potential specification"},
         {"potential (b)@ {}", "potential specified twice for node `b'"},
         {"potential (a | b)@ {}", "adding the link b --> a creates a directed cycle"},
+        {"utility u {} potential (a | u@)", "utility node `u' specified as parent"},
+        {"continuous node x {} potential (a | x@)",
+         "continuous node `x' is not allowed as parent of discrete node `a'"},
+        {"continuous node x {} function f {} potential (f | x a@)", "discrete parents must appear first"},
+        {"continuous node x {} function f {} potential (x | f a@)", "discrete parents must appear first"},
+        {"continuous node x {} function f {} function g {} potential (g | f x@)",
+         "real-valued function parents must appear last"},
+        {"function f {} node c {} potential (f | a) {data@=(1);}",
+         "`data' attribute is not allowed for real-valued function nodes"},
+        {"discrete function f {} potential (f | a) {data=(1);} node c {} potential (c | a f)@ {}",
+         "adding the link f --> c creates a cyclic functional dependency"},
+        {"decision d {} potential (d) {data=(-1@);}", "warning: negative value in probability potential",
+         q_error_none},
+        {"utility u {} potential (u | a) {data=(-1 -2);}", "", q_error_none},
         {"potential (a) { }@", "warning: no potential data specified", q_error_none},
         {"potential (a) { dat@ = (1 1); }", "unknown field: `dat'"},
         {"potential (a) { data = (1 1); data@ = (1 1); }", "`data' attribute specified twice"},
         {"potential (a) { data = (1)@; }", "number expected"},
         {"potential (a) { data = ((1 1);@ }", "`)' expected"},
         {"potential (a) { data = (1 1 1@); }", "`)' expected"},
+        {normals + ")@ normal(0, 1)", "the keyword `normal' was expected"},
+        {normals + "1@", "the keyword `normal' was expected"},
+        {normals + "normal 0@", "`(' expected"},
+        {normals + "normal(,@", "<number> or <node name> expected in mean value expression"},
+        {normals + "normal(-@x", "<number> or <node name> expected in mean value expression"},
+        {normals + "normal(1 + +@", "<number> or <node name> expected in mean value expression"},
+        {normals + "normal(1 2@*x", "expected one of: ,+-"},
+        {normals + "normal(2*x *@", "expected one of: ,+-"},
+        {normals + "normal(2 * 3@", "name expected"},
+        {normals + "normal(z@", "node `z' not found"},
+        {normals + "normal(1 + a@", "node `a' is not part of the table"},
+        {normals + "normal(1+2*y@", "node `y' is not part of the table"},
+        {normals + "normal(0, x@", "variance (a nonnegative <number>) expected"},
+        {normals + "normal(0, -1@", "variance must be nonnegative"},
+        {normals + "normal(0, 1 2@", "`)' expected"},
+        {normals + "normal(0, 1) normal(0, 1) normal@", "`)' expected"},
         {"potential (a) {data=(1 -1@);}", "warning: negative value in probability potential", q_error_none},
     };
     for (const auto& [text, message, code] : cases) {
@@ -85,9 +122,13 @@ TEST(NetParse, TellsWhatIsWrongAndWhere) {
                              "potential (b | a) { data = (1 0 0 1); } " +
                              text;
         std::ranges::replace(source, '\'', '"');
-        const size_t position = source.find('@');
-        const parse_result parsed(source.erase(position, 1));
-        EXPECT_THAT(parsed.messages, ElementsAre(std::to_string(position) + ": " + message)) << source;
+        std::vector<std::string> expected;
+        if (const size_t position = source.find('@'); position != std::string::npos) {
+            source.erase(position, 1);
+            expected.push_back(std::to_string(position) + ": " + message);
+        }
+        const parse_result parsed(source);
+        EXPECT_EQ(parsed.messages, expected) << source;
         EXPECT_EQ(parsed.code, code) << source;
         EXPECT_EQ(parsed.domain == nullptr, code != q_error_none) << source;
     }
@@ -95,7 +136,7 @@ TEST(NetParse, TellsWhatIsWrongAndWhere) {
     EXPECT_EQ(parse_result("net {} node a { subtype = x; } node b { subtype = y; }").messages.size(), 2U);
 }
 
-// A table that no memory could hold costs no more than the text.
+// A table that no memory could hold costs no more than the text; nor do parentheses cost stack.
 TEST(NetParse, HugeTablesAreNotMadeBeforeTheirNumbersAreThere) {
     std::string source = "net {} ";
     std::string parents;
@@ -103,8 +144,16 @@ TEST(NetParse, HugeTablesAreNotMadeBeforeTheirNumbersAreThere) {
         parents += " a" + std::to_string(i);
         source += "node a" + std::to_string(i) + " { states = (\"0\" \"1\"); } ";
     }
-    source += "node b {} potential (b |" + parents + ") { data = (0.5 0.5); }";
-    EXPECT_THAT(parse_result(source).messages, ElementsAre(testing::EndsWith(": number expected")));
+    const std::string open(100000, '('), close(99999, ')');
+    const auto read = [&](const char* child, const char* entry) {
+        return parse_result(source + child + " b {} potential (b |" + parents + ") { data = " + open + entry +
+                            close);
+    };
+    for (const char* child : {"node", "decision", "utility"})
+        EXPECT_THAT(read(child, "1 1").messages, ElementsAre(testing::EndsWith(": number expected")))
+            << child;
+    EXPECT_THAT(read("continuous node", "normal(1, 1)").messages,
+                ElementsAre(testing::EndsWith(": the keyword `normal' was expected")));
 }
 
 const std::string whole_network = R"(net { node_size = (80.5 39.4); first = "1"; label = "kept"; }
@@ -114,6 +163,12 @@ node N { subtype = number; states = ("" ""); state_values = (-1 + 2.5); }
 node I { subtype = interval; states = ("" "" ""); state_values = (-infinity - 1 1 infinity); }
 potential (B.c | N A) { data = (((1 2) (3 4) (5 6)) ((7 8) 9 10 11 12)); }
 potential (N | I) { }
+continuous node a { label = "c"; } continuous node b { } continuous node d.x { }
+function F { } discrete function k { states = ("0" "1"); }
+potential (d.x | N A b a F) { data = (
+    ((normal (1.5 + 2 * a, 1)      normal(1.5+2*a-b,2)        normal(-2 * b - 1, .5))
+     (normal(a+.5*b+1-3+a-2*b, 3)  normal(0 - -4 * a + -1, 0) normal(b, 2)))); }
+potential (k | N a) { data = (0.25 0.75); }
 net { second = "2"; first = "3"; })";
 
 struct temporary_file {
@@ -152,6 +207,38 @@ TEST(NetParse, ReadsEverything) {
     EXPECT_EQ(q_node_get_parents(n)[0], i);
     const q_number_t* data = q_table_get_data(q_node_get_table(b));
     EXPECT_THAT(std::vector(data, data + 12), ElementsAre(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12));
+
+    q_node_t dx = node("d.x"), k = node("k");
+    const double parameters[][4] = {{1.5, 2, 0, 1},   {1.5, 2, -1, 2}, {-1, 0, -2, .5},
+                                    {-2, 2, -1.5, 3}, {-1, 4, 0, 0},   {0, 0, 1, 2}};
+    for (size_t c = 0; c < 6; ++c)
+        EXPECT_THAT(parameters[c],
+                    ElementsAre(q_node_get_cg_intercept(dx, c), q_node_get_cg_coefficient(dx, node("a"), c),
+                                q_node_get_cg_coefficient(dx, node("b"), c), q_node_get_cg_variance(dx, c)))
+            << c;
+    EXPECT_EQ(q_node_get_kind(node("F")), q_kind_other);
+    EXPECT_EQ(q_node_get_category(k), q_category_function);
+    EXPECT_EQ(q_node_get_parents(k)[1], node("a"));
+    EXPECT_EQ(q_table_get_data(q_node_get_table(k))[1], 0.75);
+}
+
+// Policies and utilities; a function may use a utility.
+TEST(NetParse, ReadsInfluenceDiagrams) {
+    const parse_result parsed(R"(net {} node A { states = ("x" "y"); } decision D { states = ("0" "1"); }
+        discrete decision d {} utility U {} utility V {} function F {} potential (V) { data = (-7); }
+        potential (D | A) { data = ((.2 .8) (1 0)); } potential (U | D A) { data = ((-1 2) (-3 4)); }
+        potential (F | D U) {})");
+    EXPECT_THAT(parsed.messages, ElementsAre(testing::EndsWith("warning: no potential data specified")));
+    const auto node = [&](const char* name) { return q_domain_get_node_by_name(parsed.domain.get(), name); };
+    const auto numbers = [&](const char* name) {
+        const q_number_t* data = q_table_get_data(q_node_get_table(node(name)));
+        return std::vector(data, data + q_table_get_size(q_node_get_table(node(name))));
+    };
+    EXPECT_THAT(numbers("D"), ElementsAre(.2, .8, 1, 0));
+    EXPECT_THAT(numbers("U"), ElementsAre(-1, 2, -3, 4));
+    EXPECT_THAT(numbers("V"), ElementsAre(-7));
+    EXPECT_EQ(q_node_get_category(node("d")), q_category_decision);
+    EXPECT_EQ(q_node_get_parents(node("F"))[1], node("U"));
 }
 
 TEST(NetParse, TakesTextsAndFiles) {
