@@ -637,6 +637,9 @@ Q_API q_boolean_t q_domain_is_compiled(q_domain_t domain);
 /** Whether the domain is triangulated: it has junction trees. So it is when it is compiled. */
 Q_API q_boolean_t q_domain_is_triangulated(q_domain_t domain);
 
+/** Whether the domain is compressed (see q_domain_compress). */
+Q_API q_boolean_t q_domain_is_compressed(q_domain_t domain);
+
 /** The first junction tree of a domain, from which q_junction_tree_get_next() leads on; null with q_error_none when it
  *  is not triangulated. */
 Q_API q_junction_tree_t q_domain_get_first_junction_tree(q_domain_t domain);
@@ -698,9 +701,13 @@ Q_API const q_node_t* q_domain_get_d_separated_nodes(q_domain_t domain, const q_
  * Evidence
  *
  * Evidence on a discrete node is a vector of weights, one for each state: one 1 among zeros selects a state, all ones
- * are no evidence, anything else is a likelihood. It can be entered at any time, compiled or not, and takes effect with
- * the next propagation. It stays until it is retracted. On a node of one state, observing it is no evidence: it gives
- * nothing to propagate.
+ * are no evidence, anything else is a likelihood. Evidence on a continuous node is a value. It can be entered at any
+ * time, compiled or not, and takes effect with the next propagation: results take the propagated evidence into account,
+ * whatever has been entered since. It stays until it is retracted. On a node of one state, observing it is no evidence:
+ * it gives nothing to propagate.
+ *
+ * Utilities and real-valued functions hold no evidence. An excluded node (q_domain_set_excluded_nodes()) must have a
+ * selected state whenever the domain is propagated.
  * --------------------------------------------------------------------------------------------------------------- */
 
 /**
@@ -714,10 +721,13 @@ Q_API q_status_t q_node_enter_finding(q_node_t node, size_t state, q_number_t va
 /** Observes a state of a discrete node. errors: q_error_usage: not discrete, no such state. */
 Q_API q_status_t q_node_select_state(q_node_t node, size_t state);
 
+/** Observes a value, any double, of a continuous node. errors: q_error_usage: not continuous. */
+Q_API q_status_t q_node_enter_value(q_node_t node, q_number_t value);
+
 /** Removes the evidence on a node. errors: q_error_usage: a utility or a real-valued function. */
 Q_API q_status_t q_node_retract_findings(q_node_t node);
 
-/** Removes the evidence on all nodes. */
+/** Removes the evidence on all nodes, values and the states of excluded nodes included. */
 Q_API q_status_t q_domain_retract_findings(q_domain_t domain);
 
 /** The weight of a state as it was entered; 1.0 without evidence. errors: q_error_usage: not discrete, no such state. */
@@ -726,6 +736,14 @@ Q_API q_number_t q_node_get_entered_finding(q_node_t node, size_t state);
 /** The weight of a state that the results take into account. errors: as above; q_error_not_compiled;
  *  q_error_no_equilibrium: nothing propagated yet. */
 Q_API q_number_t q_node_get_propagated_finding(q_node_t node, size_t state);
+
+/** The value entered on a node. errors (-1.0, which may be a value too): q_error_usage: not continuous;
+ *  q_error_no_value: none is entered. */
+Q_API q_number_t q_node_get_entered_value(q_node_t node);
+
+/** The value that the results take into account. errors: as above, q_error_no_value: none; q_error_not_compiled;
+ *  q_error_no_equilibrium. */
+Q_API q_number_t q_node_get_propagated_value(q_node_t node);
 
 /** The observed state; -1 without evidence, -2 for a likelihood. errors (-1): q_error_usage: not discrete. */
 Q_API int64_t q_node_get_selected_state(q_node_t node);
@@ -740,18 +758,44 @@ Q_API q_boolean_t q_node_evidence_is_entered(q_node_t node);
  *  q_error_no_equilibrium. */
 Q_API q_boolean_t q_node_evidence_is_propagated(q_node_t node);
 
-/** Whether the evidence entered on a node differs from the propagated one. errors: q_error_usage: the node is in no
- *  junction tree. */
+/** Whether the evidence entered on a node differs from the propagated one (NaN differs from everything). errors:
+ *  q_error_usage: the node is in no junction tree. */
 Q_API q_boolean_t q_node_evidence_to_propagate(q_node_t node);
 
-/** Whether evidence is entered on a node with a weight other than 0 and 1. */
+/** Whether evidence is entered on a node with a weight other than 0 and 1; never on a continuous one. errors:
+ *  q_error_usage: a utility or a real-valued function. */
 Q_API q_boolean_t q_node_likelihood_is_entered(q_node_t node);
 
-/** Whether the evidence entered on some node differs from the propagated one. errors: q_error_not_compiled. */
-Q_API q_boolean_t q_domain_evidence_to_propagate(q_domain_t domain);
+/** The same for the evidence that the results take into account. errors: as q_node_evidence_is_propagated(). */
+Q_API q_boolean_t q_node_likelihood_is_propagated(q_node_t node);
 
-/** Whether the results take any evidence into account. errors: q_error_not_compiled. */
+/*
+ * About one junction tree, or about all trees of a domain. All of these fail with q_error_not_compiled when the domain
+ * is not compiled. An excluded node belongs to the tree of q_node_get_junction_tree().
+ */
+
+/** Whether the evidence entered on some node differs from the propagated one, or the selected states of excluded nodes
+ *  from those that the tables were last cut out for. Costs no walk over the nodes once the tree is propagated. */
+Q_API q_boolean_t q_domain_evidence_to_propagate(q_domain_t domain);
+Q_API q_boolean_t q_junction_tree_evidence_to_propagate(q_junction_tree_t tree);
+
+/** Whether the results of some tree take into account: any evidence; weights other than 0 and 1; values of continuous
+ *  nodes. */
 Q_API q_boolean_t q_domain_evidence_is_propagated(q_domain_t domain);
+Q_API q_boolean_t q_junction_tree_evidence_is_propagated(q_junction_tree_t tree);
+Q_API q_boolean_t q_domain_likelihood_is_propagated(q_domain_t domain);
+Q_API q_boolean_t q_junction_tree_likelihood_is_propagated(q_junction_tree_t tree);
+Q_API q_boolean_t q_domain_cg_evidence_is_propagated(q_domain_t domain);
+Q_API q_boolean_t q_junction_tree_cg_evidence_is_propagated(q_junction_tree_t tree);
+
+/** Whether every tree is at q_equilibrium_sum or q_equilibrium_max, as asked; any other argument is q_error_usage. */
+Q_API q_boolean_t q_domain_equilibrium_is(q_domain_t domain, q_equilibrium_t equilibrium);
+Q_API q_boolean_t q_junction_tree_equilibrium_is(q_junction_tree_t tree, q_equilibrium_t equilibrium);
+
+/** Whether every tree was propagated in that mode or holds no evidence. errors: q_error_usage: no such mode;
+ *  q_error_no_equilibrium: some tree has nothing propagated yet. */
+Q_API q_boolean_t q_domain_evidence_mode_is(q_domain_t domain, q_mode_t mode);
+Q_API q_boolean_t q_junction_tree_evidence_mode_is(q_junction_tree_t tree, q_mode_t mode);
 
 /* ------------------------------------------------------------------------------------------------------------------
  * Propagation and results
@@ -759,40 +803,141 @@ Q_API q_boolean_t q_domain_evidence_is_propagated(q_domain_t domain);
 
 /**
  * Brings the junction trees in line with the tables and the entered evidence, so that results can be read. A tree in
- * which nothing changed costs nothing. Tables of nodes that are new or were touched are checked, and each distribution
- * in them is divided by its sum, in place.
+ * which nothing changed costs nothing; new evidence is multiplied into the tables as they are, and what takes evidence
+ * back that excluded something starts again from the tables without evidence. Tables of nodes that are new or were
+ * touched are checked, and each distribution in them is divided by its sum, in place.
  *
- * So far equilibrium must be q_equilibrium_sum and mode q_mode_normal: anything else is q_error_usage.
+ * equilibrium  q_equilibrium_sum: beliefs are posterior probabilities [Lauritzen & Spiegelhalter 1988];
+ *              q_equilibrium_max: they are probabilities of the most probable configurations [Dawid 1992]
+ * mode         q_mode_normal; q_mode_fast_retraction: the belief of a node is that given the evidence on all other nodes
+ *              [Cowell & Dawid 1992]. That works as long as no evidence excludes what it does not itself observe.
+ *              Anything but sum equilibrium in normal mode needs a domain of discrete chance nodes.
  *
- * errors  q_error_usage; q_error_not_compiled; q_error_invalid_probability_potential: a table holds a negative,
- *         infinite or NaN entry, or a distribution whose sum is not positive and finite;
+ * In a network with decisions, policies count as the tables of the decisions that are not observed; an observed decision
+ * is made, and results are those given it.
+ *
+ * errors  q_error_usage; q_error_not_compiled; q_error_compressed: fast retraction in a compressed domain;
+ *         q_error_invalid_evidence: an excluded node or a decision has a likelihood, an excluded node is not observed,
+ *         or a decision with several states is open while a descendant, reached through chance nodes, is observed;
+ *         q_error_invalid_probability_potential: a table holds a negative, infinite or NaN entry, or a distribution
+ *         whose sum is not positive and finite;
  *         q_error_inconsistency_or_underflow: the evidence is impossible, or contradicts what would otherwise be likely
- *         by more than a double can tell (about 1 to 1e308).
- *         After a failure the tree concerned holds the results without evidence (with an invalid table: none), trees
- *         before it are propagated and trees after it are as they were. Entered evidence is untouched.
+ *         by more than a double can tell (about 1 to 1e308);
+ *         q_error_zero_variance: a continuous node has no variance left and the value that it must have was observed, so
+ *         that the density is infinite; q_error_low_density: its value is too far out for a density above 0;
+ *         q_error_fast_retraction, q_error_normalization: evidence excludes a state of another node, which could not be
+ *         taken back fast; q_error_no_memory.
+ *         After q_error_usage, _not_compiled, _compressed and _invalid_evidence nothing has changed. After the others the
+ *         tree concerned is at sum equilibrium without evidence, all policies taken in (with an invalid table, or where
+ *         there is no memory even for that: at none), trees before it are propagated and trees after it are as they
+ *         were. Entered evidence is untouched.
  */
 Q_API q_status_t q_domain_propagate(q_domain_t domain, q_equilibrium_t equilibrium, q_mode_t mode);
 
 /**
- * Belief of one state, given the evidence of the last propagation.
+ * The same for one tree, or for the tree of a clique, with messages that meet in that clique: results differ by rounding
+ * only. Anything but sum equilibrium in normal mode needs a tree without continuous nodes in a domain without utilities.
+ */
+Q_API q_status_t q_junction_tree_propagate(q_junction_tree_t tree, q_equilibrium_t equilibrium, q_mode_t mode);
+Q_API q_status_t q_clique_propagate(q_clique_t clique, q_equilibrium_t equilibrium, q_mode_t mode);
+
+/**
+ * Compresses the tables of the junction trees of a propagated domain: they lose the entries of all configurations that
+ * cannot occur, and later propagations work on what is left. That pays in networks with many zeros; where there are few,
+ * the lists of what the entries belong to can take more memory than is saved, and propagation more time.
+ *
+ * A configuration can occur when the tables of the chance nodes that are in force now give it a positive probability,
+ * however small. What is left out does not come back when tables change later: its probability stays 0, and the rest is
+ * divided by its sum. Compiling anew brings it back. Compressing again takes out what has become impossible since.
+ *
+ * The trees are brought to sum equilibrium without evidence. Entered evidence stays entered, to be propagated again. From
+ * then on fast retraction is refused.
+ *
+ * result  the memory of the tables, including the lists, divided by that before: 1 where nothing can be left out (again)
+ * errors  q_error_usage: excluded, continuous or utility nodes; q_error_not_compiled; q_error_no_equilibrium: not
+ *         propagated, or not successfully, in some tree; q_error_table_too_large: positions in some table do not fit into
+ *         32 bits; as for q_domain_propagate() without evidence. The domain is not compressed then.
+ */
+Q_API q_number_t q_domain_compress(q_domain_t domain);
+
+/*
+ * Results are those of the last propagation. Reading them needs a compiled domain (q_error_not_compiled) and an
+ * equilibrium in the node's junction tree, for numbers of the domain in all trees (q_error_no_equilibrium: nothing
+ * propagated yet, or the tables were invalid). Every function below can fail with these two besides the errors named.
+ */
+
+/**
+ * Belief of one state of a discrete node.
  *
  * state   0 .. number of states - 1
- * result  probability in [0, 1]; the beliefs of the states sum to 1
- * errors  q_error_usage: not discrete, no such state; q_error_not_compiled; q_error_no_equilibrium: nothing propagated
- *         yet
+ * result  at sum equilibrium the probability of the state given the evidence, in [0, 1]; at max equilibrium the
+ *         probability of the most probable configuration with this state, the most probable one of all counting 1.
+ *         In normal mode 1 for an observed state and 0 for the others of that node; in fast-retraction mode the
+ *         evidence is that on all other nodes.
+ * errors  q_error_usage: not discrete, no such state
  */
 Q_API q_number_t q_node_get_belief(q_node_t node, size_t state);
 
+/** Mean and variance of a continuous node; where a value was observed, that value and 0. errors: q_error_usage: not
+ *  continuous. */
+Q_API q_number_t q_node_get_mean(q_node_t node);
+Q_API q_number_t q_node_get_variance(q_node_t node);
+
 /**
- * Probability of the propagated evidence; with likelihoods, the expectation of the product of the weights. 1 without
- * evidence, 0 where it is too small for a double and infinite where it is too large: the logarithm is right there too.
+ * Mean and variance of a numbered node over the values of its states, or of an interval node, each state being spread
+ * evenly over its interval; a state that reaches to infinity lies at its finite bound.
  *
- * errors  q_error_not_compiled, q_error_no_equilibrium
+ * errors  q_error_usage: no such node, not at sum equilibrium, or evidence propagated in fast-retraction mode;
+ *         q_error_invalid_state_values: they are not set or not increasing, or the only interval has no finite bound
+ */
+Q_API q_number_t q_node_get_numeric_mean(q_node_t node);
+Q_API q_number_t q_node_get_numeric_variance(q_node_t node);
+
+/** Value of a real-valued function. errors: q_error_usage: another node; q_error_computation_failed: the function has no
+ *  model (so far none can have one). */
+Q_API q_number_t q_node_get_value(q_node_t node);
+
+/**
+ * Expected utility of a utility node (state 0), or of its junction tree's utility nodes together given that a discrete
+ * node is in a state: 0 for a state that cannot occur.
+ *
+ * result  in a domain without utility nodes 0; may be -1.0 without failure; NaN for a utility node none of whose parents'
+ *         configurations has positive probability
+ * errors  q_error_usage: a node of another sort, no such state; without utility nodes also a tree that is not at sum
+ *         equilibrium or has evidence propagated in fast-retraction mode
+ */
+Q_API q_number_t q_node_get_expected_utility(q_node_t node, size_t state);
+
+/** Variance of a utility node, and its least and greatest utility with positive probability. May be -1.0 or NaN likewise.
+ *  errors: q_error_usage: no utility node. */
+Q_API q_number_t q_node_get_utility_variance(q_node_t node);
+Q_API q_number_t q_node_get_utility_minimum(q_node_t node);
+Q_API q_number_t q_node_get_utility_maximum(q_node_t node);
+
+/** Sum of the expected utilities of all utility nodes, whose junction trees are all that must be at an equilibrium.
+ *  Without any it is 0, with the errors of q_node_get_expected_utility(). */
+Q_API q_number_t q_domain_get_expected_utility(q_domain_t domain);
+
+/**
+ * Probability of the propagated evidence (of continuous nodes: density); with likelihoods, the expectation of the product
+ * of the weights; at max equilibrium the probability of the most probable configuration. 1 without evidence, 0 where it
+ * is too small for a double and infinite where it is too large: the logarithm is right there too. It means nothing after
+ * a propagation in fast-retraction mode.
  */
 Q_API q_number_t q_domain_get_normalization_constant(q_domain_t domain);
 
 /** Natural logarithm of the normalisation constant. 1.0 on failure, with the same errors. */
 Q_API q_number_t q_domain_get_log_normalization_constant(q_domain_t domain);
+
+/**
+ * Writes the beliefs, expected utilities and values of all nodes to the domain's log, in creation order. Without a log
+ * nothing is done, whatever the state of the domain. A node that is certainly in one state has only that state named:
+ * by its label; in a numbered or interval node by q_node_get_state_value() of its number (the lower bound of an
+ * interval); where there is none by its number.
+ *
+ * errors  q_error_io, q_error_locale
+ */
+Q_API q_status_t q_domain_print_beliefs(q_domain_t domain);
 
 /* ------------------------------------------------------------------------------------------------------------------
  * Files

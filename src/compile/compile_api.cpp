@@ -21,6 +21,13 @@ q_boolean_t q_domain_is_triangulated(q_domain_t domain) {
     return api_predicate({domain}, [&] { return triangulated_forest(*domain) != nullptr; });
 }
 
+q_boolean_t q_domain_is_compressed(q_domain_t domain) {
+    return api_predicate({domain}, [&] {
+        const junction_forest* forest = forest_of(*domain);
+        return forest != nullptr && forest->is_compressed;
+    });
+}
+
 q_status_t q_domain_triangulate(q_domain_t domain, q_triangulation_method_t method) {
     return api_status({domain}, [&] { triangulate(*domain, method); });
 }

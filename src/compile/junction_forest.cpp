@@ -12,14 +12,10 @@ table_size size_of(std::span<node* const> members) noexcept {
 
 void junction_forest::table_changed(const node& changed) noexcept {
     if (!is_compiled) return;
-    if (changed.has_kind()) {
+    if (changed.has_kind())
         of(changed).tree->tables_changed = true;
-        return;
-    }
-    for (const auto& tree : trees)
-        for (const clique* holder : tree->cliques)
-            for (const assigned_table& assigned : holder->utilities)
-                if (assigned.owner == &changed) tree->tables_changed = true;
+    else if (changed.is_utility())
+        utilities[changed.vertex].tree->tables_changed = true;
 }
 
 std::size_t total_size(const junction_tree& tree) noexcept {

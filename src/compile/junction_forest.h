@@ -8,6 +8,7 @@
 
 #include "allocation.h"
 #include "cg_block.h"
+#include "cg_plan.h"
 #include "domain.h"
 #include "findings.h"
 #include "handle_list.h"
@@ -16,6 +17,7 @@
 #include "quarn.h"
 #include "sizes.h"
 #include "table.h"
+#include "table_map.h"
 
 namespace quarn {
 
@@ -40,22 +42,53 @@ struct table_size {
 };
 table_size size_of(std::span<node* const> members) noexcept;
 
+// The tables of a tree in its equilibrium without evidence, to start from again.
+struct saved_tables {
+    number_array numbers;  // of cliques, then of separators: weights, utilities, moments
+    std::vector<cg_role> roles;
+};
+
+// What passes between two cliques that share continuous nodes: scratch for their moments.
+struct cg_message {
+    std::unique_ptr<q_table> table;  // over the members of the separator
+    cg_plan in_parent;
+    cg_plan in_child;
+};
+
+// The same plans as those of a separator, with a level for every node that is removed.
+struct weighted_plans {
+    weighted_plan in_parent;
+    weighted_plan in_child;
+};
+
 // The link between two cliques, over the nodes that they share (possibly none).
 struct separator {
     clique* parent;  // the one nearer the root
     clique* child;
     handle_list<node> members;  // discrete nodes, then continuous ones
     table_size size;
-    number_array table;                 // without continuous members
-    std::unique_ptr<q_table> cg_table;  // with them
-    loop_plan in_parent;  // between the tables over the discrete nodes of the parent and the separator
-    loop_plan in_child;
+    number_array table;      // over the discrete members
+    number_array utilities;  // alike; empty in a tree without utilities
+    table_map in_parent;     // between the tables over the discrete nodes of the parent and the separator
+    table_map in_child;
+    std::unique_ptr<cg_message> message;       // with continuous members
+    std::unique_ptr<weighted_plans> weighted;  // made for the first fast retraction
+
+    std::span<node* const> discrete_members() const noexcept {
+        return {members.begin(), members.size() - size.continuous};
+    }
 };
 
 // One node's table, which goes into the clique that it is assigned to.
 struct assigned_table {
     node* owner;
-    loop_plan in_clique;  // over the discrete nodes that are not excluded
+    table_map in_clique;  // over the discrete nodes that are not excluded
+    cg_plan in_cg_table;  // of the table of a continuous node
+    // Where the table has excluded nodes: what is left of it in the configuration of these that was cut out last.
+    std::unique_ptr<q_table> slice;
+    std::ptrdiff_t slice_configuration = -1;  // -1: none yet
+
+    const q_table& numbers() const noexcept { return slice != nullptr ? *slice : *owner->own_table; }
 };
 
 }  // namespace quarn
@@ -67,13 +100,23 @@ struct q_clique {
         members;  // discrete nodes, then continuous ones, in either part by q_node::vertex
     quarn::table_size size;
     quarn::number_array table;          // without continuous members
-    std::unique_ptr<q_table> cg_table;  // with them
+    quarn::number_array utilities;      // over the discrete members; empty in a tree without utilities
+    std::unique_ptr<q_table> cg_table;  // with continuous members: given those of the separator to the parent
+    std::unique_ptr<q_table> joint;     // alike, but of all members together, as far as the moments go
     double smallest_entry = 1;          // while messages come in: no positive entry of the table is smaller
     quarn::handle_list<q_clique> neighbors;     // newest link first
     quarn::separator* to_parent = nullptr;      // null: the root of its tree
     std::vector<quarn::assigned_table> tables;  // in creation order of their nodes
-    std::vector<quarn::assigned_table> utilities;
+    std::vector<quarn::assigned_table> utility_tables;
+    bool is_active = false;        // in the present propagation: has something new to tell
+    bool is_reversed = false;      // likewise: the root chosen is the clique or below it
+    std::size_t active_below = 0;  // likewise: active cliques at or below it
 
+    // The numbers over the discrete members; with continuous ones the weights of the CG table.
+    std::span<double> weights() noexcept {
+        return cg_table != nullptr ? cg_table->data.span() : table.span();
+    }
+    const q_table& joint_table() const noexcept { return joint != nullptr ? *joint : *cg_table; }
     std::span<q_node* const> discrete_members() const noexcept {
         return {members.begin(), members.size() - size.continuous};
     }
@@ -86,15 +129,33 @@ struct q_junction_tree {
     std::vector<quarn::separator*> separators;  // of the cliques but the root, in the same order
     quarn::handle_list<q_node> nodes;           // those with a kind that are not excluded, in creation order
 
+    bool has_utilities = false;
+    bool has_continuous_nodes = false;
+
     // Kept by propagation.
     q_equilibrium_t equilibrium = q_equilibrium_none;
-    bool tables_changed = true;  // since the tables were last taken from the nodes
+    q_mode_t mode = q_mode_normal;
+    bool tables_changed = true;        // since the tables were last taken from the nodes
+    std::size_t changed_evidence = 0;  // nodes whose entered evidence differs from what is propagated
     bool evidence_is_propagated = false;
+    bool likelihood_is_propagated = false;
+    bool cg_evidence_is_propagated = false;
     double normalization = 1.0;  // probability of the propagated evidence, and its logarithm
     double log_normalization = 0.0;
+    double prior_normalization = 1.0;  // the same without evidence: not 1 where policies are left out
+    double prior_log_normalization = 0.0;
+    double prior_excess = 0.0;  // logarithm of what the tables multiply out to, as a part of that
+    bool is_extensible = true;  // no entry came near the smallest double, where evidence may need it again
+    std::unique_ptr<quarn::saved_tables> saved;  // as they are without evidence; null: none
 };
 
 namespace quarn {
+
+// Where the distribution of a continuous node is read.
+struct cg_reading {
+    std::unique_ptr<q_table> table;  // over the node alone
+    cg_plan in_best;
+};
 
 // What compilation and propagation know of a node with a kind.
 struct compiled_node {
@@ -102,9 +163,31 @@ struct compiled_node {
     junction_tree* tree = nullptr;
     clique* home = nullptr;  // takes its table; null: all that is left of the table is one number
     clique* best = nullptr;  // where its belief is read; null: an excluded node
-    loop_plan in_best;       // between that clique's table and the beliefs
-    findings propagated;
-    std::size_t first_belief = 0;  // position of its beliefs among all
+    clique* top = nullptr;   // the one nearest the root that holds it
+    table_map in_best;       // between the best clique's table and the beliefs of a discrete node
+    std::size_t first_state =
+        0;  // position of its numbers in the arrays with one for each state of each node
+    int64_t propagated_index = findings::none;  // as in findings
+    std::ptrdiff_t number_configuration = -1;   // without home: of its family when that number was taken last
+    bool policy_is_left_out = false;  // of a decision: from the tables without evidence, as it is decided
+    std::unique_ptr<weighted_plan> weighted_in_best;  // made for the first fast retraction
+
+    // Continuous nodes only.
+    std::unique_ptr<cg_reading> reading;
+    bool value_is_propagated = false;
+    double propagated_value = 0;
+    double mean = 0;
+    double variance = 0;
+};
+
+// What is known of a utility node; its q_node::vertex counts the utilities.
+struct compiled_utility {
+    node* owner = nullptr;
+    junction_tree* tree = nullptr;
+    double expected = 0;
+    double variance = 0;
+    double minimum = 0;  // of the values with positive probability
+    double maximum = 0;
 };
 
 // The forest of a triangulated domain. When the domain is compiled, tables are assigned and there is room for numbers.
@@ -115,14 +198,38 @@ struct junction_forest final : compiled_state {
     const compiled_node& of(const node& member) const noexcept { return nodes[member.vertex]; }
 
     bool is_compiled = false;
+    bool is_compressed = false;
     std::size_t vertex_count = 0;
 
     std::vector<std::unique_ptr<clique>> cliques;  // newest (highest number) first
     std::vector<std::unique_ptr<separator>> separators;
     std::vector<std::unique_ptr<junction_tree>> trees;
     std::vector<compiled_node> nodes;  // by q_node::vertex: those of the moral graph, then the excluded ones
-    number_array beliefs;              // of all nodes, in the same order
-    number_array scratch;              // room for the largest separator, or the states of any node
+    std::vector<compiled_utility> utilities;  // in creation order
+
+    // One number for each state of each node, in the same order.
+    number_array beliefs;
+    number_array propagated_weights;  // they count where the index is findings::general, but are always right
+    number_array expected_utilities;  // empty in a domain without utility nodes
+
+    // Room for two tables as large as the largest separator, or parents of a utility, or the states of any node.
+    number_array scratch;
+
+    findings_view propagated(const compiled_node& asked) const noexcept {
+        return {asked.propagated_index, states_of(asked, propagated_weights)};
+    }
+    static std::span<double> states_of(const compiled_node& asked, number_array& numbers) noexcept {
+        return numbers.span().subspan(asked.first_state, asked.owner->state_count);
+    }
+    static std::span<const double> states_of(const compiled_node& asked,
+                                             const number_array& numbers) noexcept {
+        return numbers.span().subspan(asked.first_state, asked.owner->state_count);
+    }
+    // The excluded nodes; they are in no clique.
+    std::span<compiled_node> excluded() noexcept { return std::span(nodes).subspan(vertex_count); }
+    std::span<const compiled_node> excluded() const noexcept {
+        return std::span(nodes).subspan(vertex_count);
+    }
 };
 
 // The sum of the table sizes of the cliques, saturating.

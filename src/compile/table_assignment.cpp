@@ -22,6 +22,7 @@ public:
         check_tables();
         assign();
         place_excluded();
+        find_top_cliques();
         choose_best_cliques();
         plan_separators();
         allocate();
@@ -59,6 +60,10 @@ private:
         const clique_index index(forest_);
         for_each_table([&](node& owner) {
             const std::vector<node*> nodes = remaining_nodes(owner);
+            if (owner.is_utility()) {
+                owner.vertex = forest_.utilities.size();
+                forest_.utilities.emplace_back().owner = &owner;
+            }
             if (is_vertex(owner) || owner.is_utility() || !nodes.empty())
                 assign_to(index.smallest_with(nodes), owner, nodes);
             if (is_vertex(owner)) forest_.of(owner).tree->nodes.append(&owner);
@@ -68,9 +73,18 @@ private:
     void assign_to(clique& home, node& owner, std::span<node* const> nodes) {
         const auto first_continuous = std::ranges::find_if(nodes, &node::is_continuous);
         const std::span<node* const> discrete(nodes.begin(), first_continuous);
-        (owner.is_utility() ? home.utilities : home.tables)
-            .push_back({&owner, make_loop_plan(home.discrete_members(), discrete)});
-        if (owner.has_kind()) {
+        assigned_table& assigned = (owner.is_utility() ? home.utility_tables : home.tables).emplace_back();
+        assigned.owner = &owner;
+        assigned.in_clique = make_loop_plan(home.discrete_members(), discrete);
+        const table& whole = *owner.own_table;
+        if (nodes.size() < whole.nodes.size()) {
+            assigned.slice = new_table(whole.type, nullptr, nodes);
+            assigned.slice->roles = whole.roles;
+        }
+        if (owner.is_utility()) {
+            forest_.utilities.back().tree = home.tree;
+            home.tree->has_utilities = true;
+        } else {
             forest_.of(owner).home = &home;
             forest_.of(owner).tree = home.tree;
         }
@@ -89,6 +103,13 @@ private:
         }
     }
 
+    void find_top_cliques() noexcept {
+        for (const auto& tree : forest_.trees)
+            for (clique* holder : tree->cliques)  // parents come first
+                for (const node* member : holder->members)
+                    if (compiled_node& held = forest_.of(*member); held.top == nullptr) held.top = holder;
+    }
+
     void choose_best_cliques() {
         for (compiled_node& read : forest_.nodes) {
             if (!is_vertex(*read.owner)) continue;
@@ -100,46 +121,98 @@ private:
 
     void plan_separators() {
         for (const auto& planned : forest_.separators) {
-            const std::span<node* const> discrete(planned->members.begin(),
-                                                  planned->members.size() - planned->size.continuous);
+            const auto discrete = planned->discrete_members();
             planned->in_parent = make_loop_plan(planned->parent->discrete_members(), discrete);
             planned->in_child = make_loop_plan(planned->child->discrete_members(), discrete);
         }
     }
 
+    // Numbers of a clique or separator: its table, its utilities and, where its moments are read or sent as those of a
+    // joint distribution, a table for these.
+    static std::size_t numbers_of(const table_size& size, bool with_utilities, bool twice) noexcept {
+        const std::size_t utilities = with_utilities ? size.configurations : 0;
+        return saturating_sum(saturating_sum(size.numbers(), utilities), twice ? size.numbers() : 0);
+    }
+
+    static bool needs_joint(const clique& asked) noexcept {
+        return asked.to_parent != nullptr && asked.to_parent->size.continuous > 0;
+    }
+
     // Each table alone may fit where all together do not.
-    void refuse_total(std::size_t beliefs) const {
-        std::size_t numbers = beliefs;
-        for (const auto& made : forest_.cliques) numbers = saturating_sum(numbers, made->size.numbers());
-        for (const auto& made : forest_.separators) numbers = saturating_sum(numbers, made->size.numbers());
+    void refuse_total(std::size_t states) const {
+        std::size_t numbers = saturating_product(states, 3);
+        for (const auto& made : forest_.cliques)
+            numbers = saturating_sum(numbers,
+                                     numbers_of(made->size, made->tree->has_utilities, needs_joint(*made)));
+        for (const auto& made : forest_.separators)
+            numbers = saturating_sum(
+                numbers, numbers_of(made->size, made->child->tree->has_utilities, made->size.continuous > 0));
         require(saturating_product(numbers, sizeof(double)) <= machine_memory(), q_error_no_memory);
     }
 
     void allocate() {
-        std::size_t beliefs = 0, largest = 0;
+        std::size_t states = 0, largest = 0;
         for (compiled_node& read : forest_.nodes) {
-            read.first_belief = beliefs;
-            beliefs = saturating_sum(beliefs, read.owner->state_count);
+            read.first_state = states;
+            states = saturating_sum(states, read.owner->state_count);
             largest = std::max(largest, read.owner->state_count);
         }
-        refuse_total(beliefs);
-        for (const auto& made : forest_.cliques) allocate_table(*made);
+        refuse_total(states);
+        for (const auto& made : forest_.cliques) {
+            allocate(*made);
+            for (const assigned_table& assigned : made->utility_tables)
+                largest = std::max(largest, assigned.in_clique.smaller_size());
+        }
         for (const auto& made : forest_.separators) {
-            allocate_table(*made);
+            allocate(*made);
             largest = std::max(largest, made->size.configurations);
         }
-        forest_.beliefs = number_array(beliefs);
-        forest_.scratch = number_array(largest);
+        for (compiled_node& read : forest_.nodes)
+            if (read.owner->is_continuous()) allocate_reading(read);
+        forest_.beliefs = number_array(states);
+        forest_.propagated_weights = number_array(states);
+        std::ranges::fill(forest_.propagated_weights, 1.0);
+        if (!forest_.utilities.empty()) {
+            forest_.expected_utilities = number_array(states);
+            std::ranges::fill(forest_.expected_utilities, 0.0);
+        }
+        forest_.scratch = number_array(saturating_product(largest, 2));
     }
 
-    template <class Holder>
-    static void allocate_table(Holder& holder) {
-        if (holder.size.continuous == 0) {
+    static std::unique_ptr<table> new_cg_table(std::span<node* const> nodes) {
+        auto made = new_table(table_type::probability, nullptr, nodes);
+        made->materialise();
+        return made;
+    }
+
+    static void allocate(clique& holder) {
+        if (holder.size.continuous == 0)
             holder.table = number_array(holder.size.configurations);
-            return;
-        }
-        holder.cg_table = new_table(table_type::probability, nullptr, holder.members);
-        holder.cg_table->materialise();
+        else
+            holder.cg_table = new_cg_table(holder.members);
+        if (holder.tree->has_utilities) holder.utilities = number_array(holder.size.configurations);
+        if (needs_joint(holder)) holder.joint = new_cg_table(holder.members);
+        for (assigned_table& assigned : holder.tables)
+            if (assigned.numbers().continuous_count() > 0)
+                assigned.in_cg_table = make_cg_plan(*holder.cg_table, assigned.numbers());
+    }
+
+    static void allocate(separator& link) {
+        link.table = number_array(link.size.configurations);
+        if (link.child->tree->has_utilities) link.utilities = number_array(link.size.configurations);
+        if (link.size.continuous == 0) return;
+        link.message = std::make_unique<cg_message>();
+        link.message->table = new_cg_table(link.members);
+        link.message->in_parent = make_cg_plan(*link.parent->cg_table, *link.message->table);
+        link.message->in_child = make_cg_plan(*link.child->cg_table, *link.message->table);
+    }
+
+    static void allocate_reading(compiled_node& read) {
+        read.tree->has_continuous_nodes = true;
+        read.reading = std::make_unique<cg_reading>();
+        read.reading->table = new_cg_table({&read.owner, 1});
+        read.reading->table->roles.front() = cg_role::head;
+        read.reading->in_best = make_cg_plan(*read.best->cg_table, *read.reading->table);
     }
 
     domain& domain_;

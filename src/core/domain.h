@@ -92,6 +92,8 @@ struct q_domain {
     quarn::workers workers;  // of operations on its tables
     quarn::compile_settings settings;
     quarn::log_file log;
+    const void* owner =
+        nullptr;  // what the domain is a part of: evidence is entered there. Nothing sets it yet
     std::unique_ptr<quarn::compiled_state> compiled;
     quarn::handle_list<q_node> separation_result;  // of the last query of d-separation
 };

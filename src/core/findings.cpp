@@ -17,9 +17,9 @@ int64_t classify_weights(std::span<const double> weights) noexcept {
     return ones == 1 ? observed : findings::general;
 }
 
-double findings::weight(std::size_t state) const noexcept {
-    if (index == none) return 1;
-    if (index == general) return weights[state];
+double findings_view::weight(std::size_t state) const noexcept {
+    if (index == findings::none) return 1;
+    if (index == findings::general) return weights[state];
     return static_cast<std::size_t>(index) == state ? 1 : 0;
 }
 
@@ -33,11 +33,17 @@ void findings::enter(std::size_t state, double weight, std::size_t state_count) 
     index = classify_weights(weights);
 }
 
-bool findings::is_likelihood() const noexcept {
-    return index == general && std::ranges::any_of(weights, [](double w) { return !(w == 0 || w == 1); });
+void findings::enter(std::span<const double> entered) {
+    weights.assign(entered.begin(), entered.end());
+    index = classify_weights(weights);
 }
 
-bool findings_differ(const findings& a, const findings& b, std::size_t state_count) noexcept {
+bool findings_view::is_likelihood() const noexcept {
+    return index == findings::general &&
+           std::ranges::any_of(weights, [](double w) { return !(w == 0 || w == 1); });
+}
+
+bool findings_differ(findings_view a, findings_view b, std::size_t state_count) noexcept {
     if (a.index == b.index) return a.index == findings::general && !std::ranges::equal(a.weights, b.weights);
     if (state_count > 1) return true;
     return std::min(a.index, b.index) != findings::none || std::max(a.index, b.index) != 0;

@@ -65,6 +65,13 @@ struct q_node {
     std::vector<double> state_values;       // empty: never set; else state_count + 1 numbers
     quarn::findings evidence;               // as entered
 
+    // Continuous nodes only: the value entered as evidence.
+    bool value_is_entered = false;
+    double entered_value = 0;
+
+    // Evidence on this node is entered on that one too, and its results are read there. Nothing links nodes yet.
+    q_node* linked = nullptr;
+
     std::unique_ptr<q_table> own_table;  // probabilities, policy, density or utilities; null until asked for
     std::unique_ptr<q_table> experience;
     std::unique_ptr<q_table> fading;

@@ -1,6 +1,6 @@
 #include "api_frame.h"
+#include "compression.h"
 #include "propagation.h"
-#include "results.h"
 
 using namespace quarn;
 
@@ -8,14 +8,14 @@ q_status_t q_domain_propagate(q_domain_t domain, q_equilibrium_t equilibrium, q_
     return api_status({domain}, [&] { propagate(*domain, equilibrium, mode); });
 }
 
-q_number_t q_node_get_belief(q_node_t node, size_t state) {
-    return api_call<q_number_t>(-1.0, {node}, [&] { return belief(*node, state); });
+q_status_t q_junction_tree_propagate(q_junction_tree_t tree, q_equilibrium_t equilibrium, q_mode_t mode) {
+    return api_status({tree}, [&] { propagate(*tree, nullptr, equilibrium, mode); });
 }
 
-q_number_t q_domain_get_normalization_constant(q_domain_t domain) {
-    return api_call<q_number_t>(-1.0, {domain}, [&] { return normalization_constant(*domain); });
+q_status_t q_clique_propagate(q_clique_t clique, q_equilibrium_t equilibrium, q_mode_t mode) {
+    return api_status({clique}, [&] { propagate(*clique->tree, clique, equilibrium, mode); });
 }
 
-q_number_t q_domain_get_log_normalization_constant(q_domain_t domain) {
-    return api_call<q_number_t>(1.0, {domain}, [&] { return log_normalization_constant(*domain); });
+q_number_t q_domain_compress(q_domain_t domain) {
+    return api_call<q_number_t>(-1.0, {domain}, [&] { return compress(*domain); });
 }

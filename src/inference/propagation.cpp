@@ -1,208 +1,171 @@
-// Message passing in a junction tree with division at the separators [Jensen, Lauritzen & Olesen 1990].
+// What a propagation does with a tree.
 //
-//   Maps     tables of the nodes, entered evidence -> marginals of all cliques, beliefs, probability of the evidence
-//   Cost     three passes over every clique and one for each table, neighbour and belief in it, and more only in tables
-//            whose entries come near the smallest double; allocates nothing but the records of threads
-//   Method   the tables are multiplied together in the cliques; each clique sends its marginal to its parent, children
-//            first (collect); the root is divided by its sum; then each clique sends its marginal back (distribute),
-//            divided by the message that came from there
-//   Scaling  messages and likelihoods are divided by their largest entry on the way up, and tables that have become small
-//            by theirs, so that a product of many numbers below 1 does not vanish; all that was divided by, multiplied, is
-//            the probability of the evidence
+//   Maps     tables of the nodes, entered evidence -> tables of all cliques, beliefs, probability of the evidence
+//   Cost     as message_passing, and one pass over a table for each change of evidence and for each belief in it;
+//            multiplying the tables of the nodes together first when they, or more than can be divided out, have changed
+//   Method   evidence is multiplied into calibrated tables, divided by what it replaces. Where it takes something back
+//            that made entries 0, these start again from the saved ones without evidence.
 #include "propagation.h"
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
-#include <span>
 
+#include "absorption.h"
+#include "beliefs.h"
 #include "errors.h"
 #include "evidence.h"
-#include "kernels.h"
-#include "table_operations.h"
-#include "table_validation.h"
+#include "free_will.h"
+#include "initial_tables.h"
+#include "message_passing.h"
+#include "moments.h"
+#include "table_slices.h"
 
 namespace quarn {
 namespace {
 
-// Below the first of these a double is less exact the smaller it is: what depends on such numbers has underflowed.
-constexpr double smallest_exact = std::numeric_limits<double>::min();
-constexpr double safely_exact = 1e-290;  // what becomes smaller is watched
-constexpr double small = 1e-100;         // a table of such numbers is divided by the largest
-constexpr double largest_ratio = std::numeric_limits<double>::max() / 2;
-
-void require_exact(double number) { require(number >= smallest_exact, q_error_inconsistency_or_underflow); }
-
 class tree_propagation {
 public:
-    tree_propagation(junction_forest& forest, junction_tree& tree, const workers& allowed)
-        : forest_(forest), tree_(tree), workers_(allowed) {}
+    tree_propagation(const tree_context& in, q_equilibrium_t equilibrium, q_mode_t mode,
+                     clique* root) noexcept
+        : in_(in), tree_(in.tree), equilibrium_(equilibrium), mode_(mode), root_(root) {}
 
-    void run(bool with_evidence) {
-        reset();
-        for (node* member : tree_.nodes) validate_distributions(*member);
-        if (with_evidence) take_evidence();
-        fill_cliques();
-        collect();
-        normalize_root();
-        distribute();
-        update_beliefs();
-        if (!tree_.evidence_is_propagated) forget_rounding();
-        tree_.tables_changed = false;
-        tree_.equilibrium = q_equilibrium_sum;
+    void run() {
+        const bool starts_again = must_start_again();
+        if (!starts_again && is_up_to_date()) return;
+        try {
+            update(starts_again);
+        } catch (...) {
+            recover();
+            throw;
+        }
     }
 
 private:
-    void reset() noexcept {
-        tree_.equilibrium = q_equilibrium_none;
-        tree_.evidence_is_propagated = false;
-        tree_.normalization = 1;
-        tree_.log_normalization = 0;
-        for (node* member : tree_.nodes) forest_.of(*member).propagated.index = findings::none;
+    bool is_up_to_date() const noexcept {
+        return tree_.equilibrium == equilibrium_ && tree_.changed_evidence == 0 &&
+               (tree_.mode == mode_ || !tree_.evidence_is_propagated);
     }
 
-    void take_evidence() {
-        for (node* member : tree_.nodes) {
-            findings& propagated = forest_.of(*member).propagated;
-            propagated = member->evidence;
-            if (propagated.index != findings::none) tree_.evidence_is_propagated = true;
+    bool must_start_again() const noexcept {
+        if (tree_.equilibrium == q_equilibrium_none || tree_.tables_changed ||
+            has_stale_slice(in_.forest, tree_))
+            return true;
+        if (tree_.mode != mode_ && tree_.evidence_is_propagated) return true;
+        if (tree_.changed_evidence == 0) return false;
+        return !tree_.is_extensible || decisions_changed(in_.forest, tree_) ||
+               (mode_ == q_mode_normal && !extends_propagated(in_.forest, tree_));
+    }
+
+    // Evidence that cannot be taken in on top of other evidence perhaps can without it.
+    void update(bool starts_again) {
+        if (!starts_again) {
+            try {
+                return absorb();
+            } catch (const failure&) {}
+        }
+        start_again();
+        absorb();
+    }
+
+    // From the tables without evidence; where no copy of these can be kept, evidence goes in before the first messages. In
+    // a compressed domain some of what the tables allow may be left out: all that is left is certain.
+    void start_again() {
+        reset_tree(in_);
+        const bool needs_prior = mode_ == q_mode_fast_retraction || tree_.changed_evidence == 0;
+        if (needs_prior || may_save_tables(in_.forest) ||
+            (in_.forest.is_compressed && tree_.tables_changed)) {
+            restore_prior(in_, policies::of_open_decisions);
+            if (needs_prior || tree_.is_extensible) return;
+            reset_tree(in_);
+        }
+        fill_tables(in_, policies::of_open_decisions);
+        if (in_.forest.is_compressed) count_in(tree_, std::exp(-tree_.prior_excess));
+    }
+
+    void absorb() {
+        const bool is_calibrated = tree_.equilibrium == equilibrium_;
+        for (clique* told : tree_.cliques) told->is_active = !is_calibrated;
+        if (mode_ == q_mode_fast_retraction) plan_retraction(in_.forest, tree_);
+        absorb_findings(in_, mode_);
+        pass();
+        if (tree_.has_continuous_nodes) {
+            absorb_values(in_);
+            pass();
+        }
+        tree_.mode = mode_;
+        tree_.equilibrium = equilibrium_;
+        finish();
+    }
+
+    void pass() {
+        if (std::ranges::any_of(tree_.cliques, [](const clique* told) { return told->is_active; }))
+            pass_messages(in_, equilibrium_, mode_, root_);
+    }
+
+    void finish() {
+        update_evidence_flags(in_.forest, tree_);
+        count_changed_evidence(in_.forest, tree_);
+        if (!tree_.evidence_is_propagated && tree_.equilibrium == q_equilibrium_sum) forget_rounding(tree_);
+        update_results(in_, tree_.equilibrium, tree_.mode);
+    }
+
+    void recover() noexcept {
+        in_.workers = {};  // so that no memory is needed for threads
+        equilibrium_ = q_equilibrium_sum;
+        mode_ = q_mode_normal;
+        try {
+            restore_prior(in_, policies::all);
+            finish();
+        } catch (...) {  // the tables themselves are at fault, or there is no memory even for this
+            reset_tree(in_);
         }
     }
 
-    void fill_cliques() {
-        for (clique* filled : tree_.cliques) {
-            std::ranges::fill(filled->table, 1.0);
-            filled->smallest_entry = 1;
-            for (const assigned_table& assigned : filled->tables)
-                multiply_into(*filled, assigned.in_clique, assigned.owner->own_table->data.span());
-        }
-        for (node* member : tree_.nodes) multiply_evidence(forest_.of(*member));
-    }
-
-    // All factors are at most 1. No entry gets lost unless it is negligible beside the largest one of its table.
-    void multiply_into(clique& target, const loop_plan& plan, std::span<const double> factors) {
-        multiply(plan, target.table.data(), factors.data(), workers_);
-        target.smallest_entry *= magnitudes_of(factors.data(), factors.size()).smallest_positive;
-        if (target.smallest_entry >= safely_exact && std::isfinite(target.smallest_entry)) return;
-        const magnitudes entries = magnitudes_of(target.table.data(), target.table.size());
-        require_exact(entries.largest);
-        target.smallest_entry = entries.smallest_positive;
-        if (entries.largest < small) divide(target, entries.largest);
-    }
-
-    void divide(clique& divided, double divisor) noexcept {
-        scale(divided.table.data(), divided.table.size(), 1 / count_in(divisor));
-        divided.smallest_entry /= divisor;
-    }
-
-    // Takes a number that was divided by into the probability of the evidence.
-    double count_in(double divisor) noexcept {
-        tree_.normalization *= divisor;
-        tree_.log_normalization += std::log(divisor);
-        return divisor;
-    }
-
-    void multiply_evidence(compiled_node& observed) {
-        const findings& evidence = observed.propagated;
-        if (evidence.index == findings::none) return;
-        const std::span<double> weights(forest_.scratch.data(), observed.owner->state_count);
-        for (std::size_t state = 0; state < weights.size(); ++state) weights[state] = evidence.weight(state);
-        const double largest = magnitudes_of(weights.data(), weights.size()).largest;
-        require(largest > 0, q_error_inconsistency_or_underflow);
-        std::ranges::for_each(weights, [&](double& w) { w /= largest; });
-        count_in(largest);
-        multiply_into(*observed.best, observed.in_best, weights);
-    }
-
-    // The separator keeps the marginal as it is, to divide by later; what goes on is divided by its largest entry.
-    void collect() {
-        for (auto next = tree_.separators.rbegin(); next != tree_.separators.rend(); ++next) {
-            separator& to_parent = **next;
-            number_array& marginal = to_parent.table;
-            sum_marginal(to_parent.in_child, to_parent.child->table.data(), marginal.data(), workers_);
-            double largest = magnitudes_of(marginal.data(), marginal.size()).largest;
-            require_exact(largest);
-            if (largest < small) {
-                divide(*to_parent.child, largest);
-                scale(marginal.data(), marginal.size(), 1 / largest);
-                largest = 1;
-            }
-            const std::span<double> message(forest_.scratch.data(), marginal.size());
-            std::ranges::transform(marginal, message.begin(), [&](double p) { return p / largest; });
-            count_in(largest);
-            multiply_into(*to_parent.parent, to_parent.in_parent, message);
-        }
-    }
-
-    void normalize_root() {
-        number_array& root = tree_.root->table;
-        const double sum = sum_of(root.data(), root.size());
-        require_exact(sum);
-        scale(root.data(), root.size(), 1 / count_in(sum));
-    }
-
-    // Without evidence the probability is 1 by definition.
-    void forget_rounding() noexcept {
-        tree_.normalization = 1;
-        tree_.log_normalization = 0;
-    }
-
-    void distribute() {
-        double* const marginal = forest_.scratch.data();
-        for (separator* to_child : tree_.separators) {
-            number_array& old = to_child->table;
-            sum_marginal(to_child->in_parent, to_child->parent->table.data(), marginal, workers_);
-            const double total = ratio(old.data(), marginal, old.size());
-            require(total <= largest_ratio, q_error_inconsistency_or_underflow);
-            multiply(to_child->in_child, to_child->child->table.data(), old.data(), workers_);
-            std::copy_n(marginal, old.size(), old.data());
-        }
-    }
-
-    void update_beliefs() {
-        for (node* member : tree_.nodes) {
-            compiled_node& updated = forest_.of(*member);
-            double* const beliefs = forest_.beliefs.data() + updated.first_belief;
-            sum_marginal(updated.in_best, updated.best->table.data(), beliefs, workers_);
-            const double sum = sum_of(beliefs, member->state_count);
-            std::for_each_n(beliefs, member->state_count, [&](double& belief) { belief /= sum; });
-        }
-    }
-
-    junction_forest& forest_;
+    tree_context in_;
     junction_tree& tree_;
-    workers workers_;
+    q_equilibrium_t equilibrium_;
+    q_mode_t mode_;
+    clique* root_;
 };
 
-bool is_up_to_date(const junction_forest& forest, const junction_tree& tree) noexcept {
-    return tree.equilibrium == q_equilibrium_sum && !tree.tables_changed &&
-           std::ranges::none_of(tree.nodes,
-                                [&](const node* n) { return has_evidence_to_propagate(forest.of(*n)); });
+void require_known(q_equilibrium_t equilibrium, q_mode_t mode) {
+    require(equilibrium == q_equilibrium_sum || equilibrium == q_equilibrium_max);
+    require(mode == q_mode_normal || mode == q_mode_fast_retraction);
 }
 
-void propagate_tree(junction_forest& forest, junction_tree& tree, const workers& allowed) {
-    if (is_up_to_date(forest, tree)) return;
-    try {
-        tree_propagation(forest, tree, allowed).run(true);
-    } catch (...) {
-        try {
-            constexpr workers none{};  // needs no memory
-            tree_propagation(forest, tree, none).run(false);
-        } catch (...) {  // the tables themselves are at fault: the tree stays without equilibrium
-        }
-        throw;
-    }
+bool is_ordinary(q_equilibrium_t equilibrium, q_mode_t mode) noexcept {
+    return equilibrium == q_equilibrium_sum && mode == q_mode_normal;
+}
+
+bool has_only_discrete_chance_nodes(const domain& asked) noexcept {
+    return asked.counts.discrete == asked.node_count &&
+           asked.counts.of_category(q_category_chance) == asked.node_count;
 }
 
 }  // namespace
 
 void propagate(domain& compiled, q_equilibrium_t equilibrium, q_mode_t mode) {
-    require(equilibrium == q_equilibrium_sum && mode == q_mode_normal);
+    require_known(equilibrium, mode);
     junction_forest* const forest = forest_of(compiled);
     require(forest != nullptr, q_error_not_compiled);
-    require(compiled.counts.discrete == compiled.node_count && compiled.settings.excluded.empty() &&
-            compiled.counts.of_category(q_category_chance) == compiled.node_count);
-    for (const auto& tree : forest->trees) propagate_tree(*forest, *tree, compiled.workers);
+    require(is_ordinary(equilibrium, mode) || has_only_discrete_chance_nodes(compiled));
+    require(mode == q_mode_normal || !forest->is_compressed, q_error_compressed);
+    for (const auto& tree : forest->trees) require_free_will(compiled, *tree);
+    require_excluded_are_instantiated(compiled);
+    for (const auto& tree : forest->trees)
+        tree_propagation({*forest, *tree, compiled.workers}, equilibrium, mode, nullptr).run();
+}
+
+void propagate(junction_tree& tree, clique* root, q_equilibrium_t equilibrium, q_mode_t mode) {
+    require_known(equilibrium, mode);
+    domain& compiled = *tree.root->members[0]->domain;
+    junction_forest* const forest = forest_of(compiled);
+    require(forest != nullptr, q_error_not_compiled);
+    require(is_ordinary(equilibrium, mode) || (!tree.has_continuous_nodes && forest->utilities.empty()));
+    require(mode == q_mode_normal || !forest->is_compressed, q_error_compressed);
+    require_free_will(compiled, tree);
+    require_excluded_are_instantiated(compiled);
+    tree_propagation({*forest, tree, compiled.workers}, equilibrium, mode, root).run();
 }
 
 }  // namespace quarn

@@ -6,7 +6,9 @@
 namespace quarn {
 
 // Every tree in turn, those in which nothing changed excepted. Stops at the first failure, after which that tree is at
-// sum equilibrium without evidence (at none when its tables are invalid).
+// sum equilibrium without evidence (at none when its tables are invalid or memory is lacking for that).
 void propagate(domain& compiled, q_equilibrium_t equilibrium, q_mode_t mode);
+// One tree; messages meet in the clique `root`, where one is given.
+void propagate(junction_tree& tree, clique* root, q_equilibrium_t equilibrium, q_mode_t mode);
 
 }  // namespace quarn

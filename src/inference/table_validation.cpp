@@ -1,6 +1,7 @@
 #include "table_validation.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <span>
 
@@ -18,20 +19,38 @@ bool is_distribution(std::span<const double> entries) noexcept {
            std::ranges::all_of(entries, [](double p) { return p >= 0 && p < too_large; });
 }
 
-}  // namespace
+// Regressions with finite numbers and no negative variance. Their configurations are all possible.
+void validate_densities(table& densities) {
+    for (std::size_t i = 0; i < densities.size; ++i) {
+        const std::span<const double> block(densities.moments.data() + i * densities.block_size(),
+                                            densities.block_size());
+        require(std::ranges::all_of(block, [](double p) { return std::isfinite(p); }) &&
+                    block[cg_variance] >= 0,
+                q_error_invalid_probability_potential);
+    }
+    std::ranges::fill(densities.data, 1.0);
+}
 
-void validate_distributions(node& owner) {
-    if (owner.table_is_valid) return;
-    table& probabilities = own_table(owner);
-    probabilities.materialise();
-    const std::size_t states = owner.state_count;  // the node itself varies fastest
+void validate_rows(table& probabilities, std::size_t states) {
     const std::span<double> entries = probabilities.data.span();
-    for (std::size_t row = 0; row < entries.size(); row += states)
+    for (std::size_t row = 0; row < entries.size(); row += states)  // the node itself varies fastest
         require(is_distribution(entries.subspan(row, states)), q_error_invalid_probability_potential);
     for (std::size_t row = 0; row < entries.size(); row += states) {
         const double sum = sum_of(&entries[row], states);
         if (sum != 1) std::ranges::for_each(entries.subspan(row, states), [&](double& p) { p /= sum; });
     }
+}
+
+}  // namespace
+
+void validate_distributions(node& owner) {
+    if (owner.table_is_valid) return;
+    table& validated = own_table(owner);
+    validated.materialise();
+    if (owner.is_continuous())
+        validate_densities(validated);
+    else
+        validate_rows(validated, owner.state_count);
     owner.table_is_valid = true;
 }
 

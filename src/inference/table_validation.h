@@ -5,8 +5,8 @@
 
 namespace quarn {
 
-// Makes sure that the table of a discrete chance node is there and holds distributions: divides each by its sum, once
-// after every change. Fails with q_error_invalid_probability_potential, the table being left as it was.
+// Makes sure that the table of a node with a kind is there and holds distributions: divides each by its sum, once after
+// every change. Fails with q_error_invalid_probability_potential, the table being left as it was.
 void validate_distributions(node& owner);
 
 }  // namespace quarn

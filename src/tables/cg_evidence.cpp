@@ -11,7 +11,7 @@
 namespace quarn {
 namespace {
 
-constexpr double lowest = std::numeric_limits<double>::lowest();
+constexpr double impossible = -std::numeric_limits<double>::infinity();  // as the logarithm of a weight
 
 // Means this near to the value, as a share of it, agree with it.
 constexpr double same_value = 1e-10;
@@ -26,18 +26,18 @@ normal_density density_of(const table& asked, std::size_t configuration, std::si
     return {block[cg_mean(position)], block[cg_covariance(position, position)]};
 }
 
-// The logarithm of a weight times the density of the value, without the constant factor; the lowest number for none.
-double log_likelihood(double weight, const normal_density& of, double value) noexcept {
-    if (!(weight > 0) || !(of.variance > 0)) return lowest;
+// The logarithm of a weight times the density of the value, without the constant factor.
+double log_likelihood(double log_weight, const normal_density& of, double value) noexcept {
+    if (!(log_weight > impossible) || !(of.variance > 0)) return impossible;
     const double difference = value - of.mean;
-    return std::log(weight) - (difference * difference / of.variance + std::log(of.variance)) / 2;
+    return log_weight - (difference * difference / of.variance + std::log(of.variance)) / 2;
 }
 
-double largest_log_likelihood(const table& asked, std::size_t position, double value) {
-    double largest = lowest;
+void require_density(const table& asked, std::size_t position, double value) {
+    double largest = impossible;
     bool is_possible = false;
     for (std::size_t i = 0; i < asked.size; ++i) {
-        if (!(asked.data[i] > 0)) continue;
+        if (!(asked.data[i] > impossible)) continue;
         is_possible = true;
         const normal_density of = density_of(asked, i, position);
         require(of.variance > 0 || std::abs(of.mean - value) > same_value * std::abs(value),
@@ -45,8 +45,7 @@ double largest_log_likelihood(const table& asked, std::size_t position, double v
         largest = std::max(largest, log_likelihood(asked.data[i], of, value));
     }
     require(is_possible, q_error_inconsistency_or_underflow);
-    require(largest >= lowest / 2, q_error_low_density);
-    return largest;
+    require(largest >= std::numeric_limits<double>::lowest() / 2, q_error_low_density);
 }
 
 }  // namespace
@@ -66,23 +65,20 @@ void insert_tail_evidence(table& changed, std::size_t position, double value, co
     changed.roles[position] = cg_role::unknown;
 }
 
-double insert_head_evidence(table& changed, std::size_t position, double value, const workers& allowed) {
+void insert_head_evidence(table& changed, std::size_t position, double value, const workers& allowed) {
     require(changed.roles[position] == cg_role::head);
-    const double largest = largest_log_likelihood(changed, position, value);
+    require_density(changed, position, value);
     const std::size_t nodes = changed.continuous_count();
-    run_configurations(changed, 2 * changed.block_size(), nodes, allowed,
-                       [&](std::size_t i, double* scratch) noexcept {
-                           double* const block = changed.moments.data() + i * changed.block_size();
-                           const double likelihood =
-                               log_likelihood(changed.data[i], density_of(changed, i, position), value);
-                           changed.data[i] = likelihood == lowest ? 0 : std::exp(likelihood - largest);
-                           // The regression on the difference from the value, which is 0.
-                           block[cg_mean(position)] -= value;
-                           condition_block(block, changed.roles, {&position, 1}, scratch);
-                           for (std::size_t h = 0; h < nodes; ++h) block[cg_covariance(h, position)] = 0;
-                       });
+    run_configurations(
+        changed, 2 * changed.block_size(), nodes, allowed, [&](std::size_t i, double* scratch) noexcept {
+            double* const block = changed.moments.data() + i * changed.block_size();
+            changed.data[i] = log_likelihood(changed.data[i], density_of(changed, i, position), value);
+            // The regression on the difference from the value, which is 0.
+            block[cg_mean(position)] -= value;
+            condition_block(block, changed.roles, {&position, 1}, scratch);
+            for (std::size_t h = 0; h < nodes; ++h) block[cg_covariance(h, position)] = 0;
+        });
     changed.roles[position] = cg_role::unknown;
-    return largest;
 }
 
 }  // namespace quarn

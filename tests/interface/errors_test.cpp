@@ -120,12 +120,22 @@ void expect_nulls_refused(const std::string& name, Result (*function)(Parameters
     q_junction_tree_get_total_size, q_clique_get_junction_tree, q_clique_get_members, \
     q_clique_get_neighbors, q_node_get_junction_tree, q_domain_get_d_connected_nodes, \
     q_domain_get_d_separated_nodes, q_node_enter_finding, q_node_select_state, \
+    q_node_enter_value, q_node_get_entered_value, q_node_get_propagated_value, \
+    q_node_likelihood_is_propagated, q_junction_tree_evidence_to_propagate, \
+    q_junction_tree_evidence_is_propagated, q_domain_likelihood_is_propagated, \
+    q_junction_tree_likelihood_is_propagated, q_domain_cg_evidence_is_propagated, \
+    q_junction_tree_cg_evidence_is_propagated, q_domain_equilibrium_is, q_junction_tree_equilibrium_is, \
+    q_domain_evidence_mode_is, q_junction_tree_evidence_mode_is, \
     q_node_retract_findings, q_domain_retract_findings, q_node_get_entered_finding, \
     q_node_get_propagated_finding, q_node_get_selected_state, q_node_get_propagated_state, \
     q_node_evidence_is_entered, q_node_evidence_is_propagated, q_node_evidence_to_propagate, \
     q_node_likelihood_is_entered, q_domain_evidence_to_propagate, q_domain_evidence_is_propagated, \
-    q_domain_propagate, q_node_get_belief, q_domain_get_normalization_constant, \
-    q_domain_get_log_normalization_constant, q_net_parse_domain
+    q_domain_propagate, q_domain_compress, q_domain_is_compressed, q_junction_tree_propagate, \
+    q_clique_propagate, q_node_get_belief, q_node_get_mean, q_node_get_variance, q_node_get_numeric_mean, \
+    q_node_get_numeric_variance, q_node_get_value, q_node_get_expected_utility, \
+    q_node_get_utility_variance, q_node_get_utility_minimum, q_node_get_utility_maximum, \
+    q_domain_get_expected_utility, q_domain_get_normalization_constant, \
+    q_domain_get_log_normalization_constant, q_domain_print_beliefs, q_net_parse_domain
 // clang-format on
 #define TEXT_OF(...) #__VA_ARGS__
 #define NAMES_OF(list) TEXT_OF(list)

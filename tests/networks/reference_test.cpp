@@ -17,10 +17,11 @@ using json = nlohmann::json;
 
 constexpr double tolerance = 1e-9;
 
+// Differences, relative to the scale of what is compared.
 class differences {
 public:
-    void add(double found, double expected, const std::string& what) {
-        const double difference = std::abs(found - expected);
+    void add(double found, double expected, const std::string& what, double scale = 1) {
+        const double difference = std::abs(found - expected) / scale;
         if (!(difference <= tolerance)) ADD_FAILURE() << what << ": " << found << " instead of " << expected;
         largest_ = std::max(largest_, difference);
     }
@@ -30,50 +31,110 @@ private:
     double largest_ = 0;
 };
 
-void enter_case(q_domain_t domain, const json& findings) {
-    ASSERT_EQ(q_domain_retract_findings(domain), q_error_none);
-    for (const auto& [name, finding] : findings.items()) {
-        q_node_t node = q_domain_get_node_by_name(domain, name.c_str());
-        ASSERT_NE(node, nullptr) << name;
-        if (finding.is_number()) {
-            ASSERT_EQ(q_node_select_state(node, finding.get<std::size_t>()), q_error_none) << name;
-            continue;
+// A network with the answers to some scenarios.
+class checked_network {
+public:
+    explicit checked_network(const std::string& model)
+        : domain_(q_net_parse_domain(model.c_str(), nullptr, nullptr)) {}
+
+    void check(const json& reference) {
+        ASSERT_NE(domain_, nullptr) << q_error_description(static_cast<uint32_t>(q_error_code()));
+        ASSERT_EQ(q_domain_compile(domain_.get()), q_error_none);
+        for (const json& scenario : reference["scenarios"]) {
+            scenario_ = scenario["name"];
+            enter_case(scenario["case"]);
+            check_scenario(scenario);
         }
-        for (std::size_t state = 0; state < finding.size(); ++state)
-            ASSERT_EQ(q_node_enter_finding(node, state, finding[state].get<double>()), q_error_none) << name;
     }
-}
+    double largest_difference() const { return found_.largest(); }
 
-void compare(q_domain_t domain, const json& scenario, differences& found) {
-    const std::string name = scenario["name"];
-    ASSERT_EQ(q_domain_propagate(domain, q_equilibrium_sum, q_mode_normal), q_error_none) << name;
-    found.add(q_domain_get_log_normalization_constant(domain), scenario["log_p"], name + ": log P");
-    std::size_t nodes = 0;
-    for (const auto& [node_name, beliefs] : scenario["beliefs"].items()) {
-        q_node_t node = q_domain_get_node_by_name(domain, node_name.c_str());
-        ASSERT_NE(node, nullptr) << node_name;
-        ASSERT_EQ(q_node_get_number_of_states(node), beliefs.size()) << node_name;
-        for (std::size_t state = 0; state < beliefs.size(); ++state)
-            found.add(q_node_get_belief(node, state), beliefs[state], name + ": " + node_name);
-        ++nodes;
+private:
+    q_node_t node(const std::string& name) {
+        q_node_t found = q_domain_get_node_by_name(domain_.get(), name.c_str());
+        EXPECT_NE(found, nullptr) << name;
+        return found;
     }
-    EXPECT_GT(nodes, 0u);
-}
 
-void check_network(const std::string& name) {
-    const std::filesystem::path folder = QUARN_NETWORKS_DIR;
+    void enter_case(const json& findings) {
+        ASSERT_EQ(q_domain_retract_findings(domain_.get()), q_error_none);
+        for (const auto& [name, finding] : findings.items()) {
+            if (q_node_get_kind(node(name)) == q_kind_continuous)
+                ASSERT_EQ(q_node_enter_value(node(name), finding.get<double>()), q_error_none) << name;
+            else if (finding.is_number())
+                ASSERT_EQ(q_node_select_state(node(name), finding.get<std::size_t>()), q_error_none) << name;
+            else
+                for (std::size_t state = 0; state < finding.size(); ++state)
+                    ASSERT_EQ(q_node_enter_finding(node(name), state, finding[state].get<double>()),
+                              q_error_none);
+        }
+    }
+
+    void check_scenario(const json& scenario) {
+        propagate(q_equilibrium_sum);
+        check_numbers(q_domain_get_log_normalization_constant(domain_.get()), scenario, "log_p");
+        check_states(q_node_get_belief, scenario, "beliefs");
+        check_nodes(q_node_get_mean, scenario, "means");
+        check_nodes(q_node_get_variance, scenario, "variances");
+        if (scenario.contains("expected_utility")) check_utilities(scenario);
+        if (!scenario.contains("max_beliefs")) return;
+        propagate(q_equilibrium_max);
+        check_numbers(q_domain_get_log_normalization_constant(domain_.get()), scenario, "log_max");
+        check_states(q_node_get_belief, scenario, "max_beliefs");
+    }
+
+    void propagate(q_equilibrium_t equilibrium) {
+        ASSERT_EQ(q_domain_propagate(domain_.get(), equilibrium, q_mode_normal), q_error_none) << scenario_;
+    }
+
+    void check_utilities(const json& scenario) {
+        scale_ = 1;
+        for (const auto& [name, utility] : scenario["utilities"].items())
+            scale_ = std::max(scale_, std::abs(utility.get<double>()));
+        check_numbers(q_domain_get_expected_utility(domain_.get()), scenario, "expected_utility");
+        check_nodes([](q_node_t asked) { return q_node_get_expected_utility(asked, 0); }, scenario,
+                    "utilities");
+        if (q_junction_tree_get_next(q_domain_get_first_junction_tree(domain_.get())) == nullptr)
+            check_states(q_node_get_expected_utility, scenario, "expected_utility_given_state");
+        scale_ = 1;
+    }
+
+    void check_numbers(double found, const json& scenario, const std::string& key) {
+        found_.add(found, scenario[key], scenario_ + ": " + key, scale_);
+    }
+
+    template <class Read>
+    void check_nodes(const Read& read, const json& scenario, const std::string& key) {
+        if (!scenario.contains(key)) return;
+        for (const auto& [name, expected] : scenario[key].items())
+            found_.add(read(node(name)), expected, scenario_ + ": " + key + " of " + name,
+                       std::max(scale_, std::abs(expected.template get<double>())));
+    }
+
+    template <class Read>
+    void check_states(const Read& read, const json& scenario, const std::string& key) {
+        EXPECT_GT(scenario[key].size(), 0u) << key;
+        for (const auto& [name, states] : scenario[key].items()) {
+            ASSERT_EQ(q_node_get_number_of_states(node(name)), states.size()) << name;
+            for (std::size_t state = 0; state < states.size(); ++state)
+                if (!states[state].is_null())
+                    found_.add(read(node(name), state), states[state], scenario_ + ": " + key + " of " + name,
+                               scale_);
+        }
+    }
+
+    owned_domain domain_;
+    std::string scenario_;
+    double scale_ = 1;  // of the numbers being compared
+    differences found_;
+};
+
+void check_network(const std::string& name, const std::string& kind = "") {
+    const std::filesystem::path folder = std::filesystem::path(QUARN_NETWORKS_DIR) / kind;
     const std::filesystem::path model = folder / (name + ".net");
     if (!std::filesystem::exists(model)) GTEST_SKIP() << "the reference networks are not here";
-    owned_domain domain(q_net_parse_domain(model.c_str(), nullptr, nullptr));
-    ASSERT_NE(domain, nullptr) << q_error_description(static_cast<uint32_t>(q_error_code()));
-    ASSERT_EQ(q_domain_compile(domain.get()), q_error_none);
-    const json reference = json::parse(std::ifstream(folder / "expected" / (name + ".json")));
-    differences found;
-    for (const json& scenario : reference["scenarios"]) {
-        enter_case(domain.get(), scenario["case"]);
-        compare(domain.get(), scenario, found);
-    }
-    std::cout << name << ": largest difference " << found.largest() << '\n';
+    checked_network checked(model);
+    checked.check(json::parse(std::ifstream(folder / "expected" / (name + ".json"))));
+    std::cout << name << ": largest difference " << checked.largest_difference() << '\n';
 }
 
 class Reference : public testing::TestWithParam<const char*> {};
@@ -83,6 +144,14 @@ INSTANTIATE_TEST_SUITE_P(Networks, Reference,
                                          "insurance", "water", "mildew", "alarm", "barley", "hailfinder",
                                          "win95pts", "pigs"),
                          [](const auto& network) { return std::string(network.param); });
+
+TEST(ReferenceKinds, AnswersHoldForContinuousNodes) {
+    for (const char* name : {"cg01", "cg02", "cg03", "cg04"}) check_network(name, "cg");
+}
+
+TEST(ReferenceKinds, AnswersHoldForDecisionsAndUtilities) {
+    for (const char* name : {"limid01", "limid02", "limid03"}) check_network(name, "limid");
+}
 
 // Its tables take 1.5 GB.
 TEST(ReferenceLarge, AnswersHoldForMunin1) { check_network("munin1"); }

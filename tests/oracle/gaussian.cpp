@@ -64,17 +64,24 @@ mixture marginal(const mixture& of, const list& discrete, const list& continuous
     return result;
 }
 
-void observe(mixture& changed, std::size_t variable, double value) {
-    for (auto& [states, log_weight, mean, covariance] : changed) {
+list observe(mixture& changed, std::size_t variable, double value) {
+    list noiseless;
+    for (std::size_t number = 0; number < changed.size(); ++number) {
+        auto& [states, log_weight, mean, covariance] = changed[number];
         const std::vector<double> row = covariance[variable];
         const double variance = row[variable], difference = value - mean[variable];
+        if (variance <= 1e-9) {
+            noiseless.push_back(number);
+            if (std::abs(difference) > 1e-10 * std::abs(value)) log_weight = -INFINITY;
+            continue;
+        }
         log_weight -= (std::log(2 * M_PI * variance) + difference * difference / variance) / 2;
-        if (!(variance > 0)) log_weight = -INFINITY;
-        for (std::size_t i = 0; variance > 0 && i < row.size(); ++i) {
+        for (std::size_t i = 0; i < row.size(); ++i) {
             mean[i] += row[i] / variance * difference;
             for (std::size_t j = 0; j < row.size(); ++j) covariance[i][j] -= row[i] * row[j] / variance;
         }
     }
+    return noiseless;
 }
 
 mixed_table random_table(std::mt19937& random, const list& state_counts, std::size_t continuous_variable,

@@ -28,8 +28,9 @@ using mixture = std::vector<gaussian>;  // all configurations, the last discrete
 mixture joint(const list& state_counts, std::size_t continuous, const std::vector<mixed_table>& tables);
 // Of some variables, in that order, with the moments of the mixture; meaningless ones where nothing is possible.
 mixture marginal(const mixture& of, const list& discrete, const list& continuous);
-// Conditions on a value and multiplies the weights by its density. Without variance a part becomes impossible.
-void observe(mixture& changed, std::size_t variable, double value);
+// Conditions on a value and multiplies the weights by its density. A part without variance becomes impossible, unless it
+// gives that very value; the numbers of these parts.
+list observe(mixture& changed, std::size_t variable, double value);
 
 // With random conditions, parents and numbers; the weight of the first configuration is not 0.
 mixed_table random_table(std::mt19937& random, const list& state_counts, std::size_t continuous_variable,

@@ -58,10 +58,12 @@ void condition(table& changed, const list& positions) {
     run(changed, no_error, [&](table& t, auto w) { condition_on(t, positions, w); });
 }
 double observe_head(table& changed, std::size_t position, double value, q_error_t expected = no_error) {
-    double logarithm = 0;
-    run(changed, expected,
-        [&](table& t, auto w) { logarithm = insert_head_evidence(t, position, value, w); });
-    return logarithm;
+    std::ranges::transform(changed.data, changed.data.begin(), [](double w) { return std::log(w); });
+    run(changed, expected, [&](table& t, auto w) { insert_head_evidence(t, position, value, w); });
+    const double largest = *std::ranges::max_element(changed.data);
+    std::ranges::transform(changed.data, changed.data.begin(),
+                           [&](double l) { return std::exp(l - largest); });
+    return largest;
 }
 
 struct node_set {

@@ -1,0 +1,24 @@
+// New evidence on top of that which the tables hold already.
+#pragma once
+
+#include "scaling.h"
+
+namespace quarn {
+
+// Whether the tables can take in the entered evidence: nothing that they hold is given up but likelihoods without zeros,
+// and the policies left out of them are those of the decisions that are made.
+bool extends_propagated(const junction_forest& forest, const junction_tree& tree) noexcept;
+
+// Whether decisions were made or opened, so that the policies in the tables are not the right ones.
+bool decisions_changed(const junction_forest& forest, const junction_tree& tree) noexcept;
+
+// Takes the entered evidence on discrete nodes over as propagated and marks the cliques active that have something new to
+// tell. In normal mode it is multiplied into these, divided by what was there; fails with
+// q_error_inconsistency_or_underflow when nothing is left. In fast retraction mode the messages take it along.
+void absorb_findings(const tree_context& in, q_mode_t mode);
+
+// Observes the values entered on continuous nodes, the weights of all cliques being right; marks all cliques active when
+// they are not any more. Fails as observe() does.
+void absorb_values(const tree_context& in);
+
+}  // namespace quarn

@@ -1,0 +1,119 @@
+#!/usr/bin/env bash
+# quarn beliefs: modes, most probable configurations, choice of nodes, continuous nodes, decisions and utilities.
+# usage: beliefs_kinds.sh QUARN SOURCE_DIR
+# shellcheck source=tests/support/command.sh
+source "$2/tests/support/command.sh"
+waste=$2/examples/waste_incinerator.net
+oil=$2/examples/oil_wildcatter.net
+
+# expect STATUS TEXT ARGUMENT...: runs quarn beliefs, whose output must have this text, with single blanks.
+expect() {
+    local status=$1 expected=$2 actual said
+    shift 2
+    "$quarn" beliefs "$@" >"$work/out" 2>"$work/err" </dev/null
+    actual=$?
+    said=$(sed -E 's/  +/ /g' "$work/out" "$work/err")
+    [ $actual -eq "$status" ] && [[ $said == *"$expected"* ]] && return
+    printf 'FAILED: quarn beliefs %s: status %s\n%s\n' "$*" $actual "$said"
+    failures=$((failures + 1))
+}
+
+{
+    for coin in a b c d; do echo "node $coin { states = (\"0\" \"1\"); } potential ($coin) { data = (1 1); }"; done
+    echo 'node xor { states = ("0" "1"); } potential (xor | a b) { data = (1 0 0 1 0 1 1 0); }'
+    echo 'node same { states = ("0" "1"); } potential (same | xor c) { data = (1 0 0 1 0 1 1 0); }'
+} >"$work/coins.net"
+cat >"$work/numbers.net" <<'END_OF_NET'
+node dice { subtype = number; states = ("" "" ""); state_values = (1 2 6); } potential (dice) { data = (1 1 2); }
+function f { } potential (f | dice) { }
+END_OF_NET
+cat >"$work/sure.net" <<'END_OF_NET'
+continuous node x { } potential (x) { data = (normal(1, 0)); }
+continuous node y { } potential (y | x) { data = (normal(2 * x, 1)); }
+END_OF_NET
+sed 's/(1 1)/(1 -1)/' "$oil" >"$work/negative.net"
+
+# --- Fast retraction
+expect 0 $'xray (Positive X-ray) [evidence: yes]\n yes 0.0702445' "$clinic" -e xray=yes dyspnoea=no --mode fast-retraction
+expect 0 'P(evidence) 0.0396199' "$clinic" -e xray=yes dyspnoea=no --mode fast-retraction
+expect 1 'fast retraction is not possible: some evidence excludes states' "$clinic" -e either=no --mode fast-retraction
+expect 1 'fast retraction is for discrete chance nodes only, but node efficiency is continuous' \
+    "$waste" --mode fast-retraction
+expect 2 'unknown mode slow' "$clinic" --mode slow
+
+# --- Most probable configurations: a possible one wherever all are tied, with its probability
+expect 0 $'xray = yes [evidence: yes]\ndyspnoea = no [evidence: no]\n\nP(configuration and evidence) 0.0152822' \
+    "$clinic" -e dyspnoea=no xray=yes --max
+expect 0 'P(configuration and evidence) 0.290362' "$clinic" --max
+expect 1 '--max is for discrete chance nodes only, but node test is a decision' "$oil" --max
+expect 1 'the evidence is impossible' "$clinic" --max -e either=no cancer=yes
+expect 2 '--max goes neither with' "$clinic" --max --top 3
+for given in same=0 xor=1 'a=1 same=1' 'c=(0.5,0.5)'; do
+    # shellcheck disable=SC2086
+    expect 0 "P(configuration and evidence) $([[ $given == *\(* ]] && echo 0.03125 || echo 0.0625)" \
+        "$work/coins.net" --max -e $given
+    bits=$(sed -nE 's/^[a-z]+ = ([01]).*/\1/p' "$work/out" | tr -d '\n') # of a b c d xor same
+    [ $((${bits:0:1} ^ ${bits:1:1})) -eq "${bits:4:1}" ] && [ $((${bits:4:1} ^ ${bits:2:1})) -eq "${bits:5:1}" ] && continue
+    echo "FAILED: given $given: $bits is impossible"
+    failures=$((failures + 1))
+done
+expect 0 $'c = 1 [evidence: 0.5 0.75]\n\nP(configuration and evidence) 0.046875' \
+    "$work/coins.net" --max -e 'c=(0.5 0.75)' --nodes c
+
+# --- Choice of nodes
+expect 0 $'smoking (Smoker)\n yes 0.5\n no 0.5\n\nasia (Visit to Asia)\n yes 0.01\n no 0.99\n\nP(evidence) 1' \
+    "$clinic" --nodes smoking,asia -n smoking
+expect 1 'there is no node lungs' "$clinic" --nodes asia,lungs
+[ "$("$quarn" beliefs "$clinic" -e xray=yes dyspnoea=no --top 2 | sed -n 's/ .*moved/ moved/p')" = \
+    $'bronchitis moved 0.256789]\neither moved 0.238867]' ] || failures=$((failures + 1))
+expect 0 'tuberculosis (Tuberculosis) [moved 0]' "$clinic" -e smoking=yes --nodes tuberculosis,smoking --top 2
+! grep -q smoking "$work/out" || failures=$((failures + 1))
+expect 0 'metals_in_waste (Metals in waste) [moved 1.55681 SD]' "$waste" -e light=1.1 waste=industrial --top 1
+expect 2 '--top needs a number from 1' "$clinic" --top -1
+
+# --- Continuous nodes: the results of the publication
+expect 0 $'dust (Dust emission)\n mean 3.03929\n variance 0.592909\n SD 0.770006' "$waste"
+seen=(-e waste=industrial light=1.1 co2=-0.9)
+expect 0 $' stable 0.0122528\n unstable 0.987747\n\nfilter (Filter state)\n intact 0.999526' "$waste" "${seen[@]}"
+expect 0 $'metals (Emission of metals)\n mean 4.10767\n variance 0.118179\n SD 0.343772' "$waste" "${seen[@]}"
+expect 0 $'light (Light penetrability) [evidence: 1.1]\n mean 1.1\n variance 0\n' "$waste" "${seen[@]}"
+for value in abc inf 1e999 '(1 2)'; do
+    expect 1 "node light is continuous: its evidence is a number, not $value" "$waste" -e "light=$value"
+done
+expect 1 'node waste has no state 1.5; its states are #0 industrial, #1 household' "$waste" -e waste=1.5
+expect 1 'a continuous node is the only one that the other evidence leaves it' "$work/sure.net" -e x=1
+expect 1 'a continuous node is too improbable' "$waste" -e light=1e200
+expect 0 $'dice [mean 3.75, SD 2.27761]\n #0 0.25' "$work/numbers.net"
+expect 1 'node f is a real-valued function: it has no beliefs' "$work/numbers.net" --nodes f
+
+# --- Decisions and utilities
+expect 0 $'test (Seismic test) [decision]\n yes 0.5 EU 0\n no 0.5 EU 10' "$oil"
+expect 0 $'drill (Drill for oil) [decision] [evidence: yes]\n yes 1 EU 77.5\n no 0\n' "$oil" -e test=yes seismic=closed drill=yes
+expect 0 $'expected 87.5\n\nP(evidence) 0.24\nlog P(evidence) -1.42712\nexpected utility 77.5' \
+    "$oil" -e test=yes seismic=closed drill=yes
+expect 0 'expected utility 20' "$oil" -e test=no drill=yes
+expect 1 'what is observed of node seismic can depend on decision test, which is open' "$oil" -e seismic=closed
+expect 1 'node drill is a decision: its evidence is a state, not a likelihood' "$oil" -e 'drill=(1 2)'
+expect 1 'node profit is a utility: it takes no evidence' "$oil" -e profit=3
+expect 1 'node test: the probability of no is negative' "$work/negative.net"
+
+# --- JSON
+! command -v python3 >/dev/null || python3 - "$quarn" "$clinic" "$waste" "$oil" <<'END_OF_TEST' || failures=$((failures + 1))
+import json, math, subprocess, sys
+def ask(*words):
+    return json.loads(subprocess.run([sys.argv[1], "beliefs", *words, "--json"], stdout=subprocess.PIPE, check=True).stdout)
+clinic, waste, oil = sys.argv[2:]
+most = ask(clinic, "--max", "-e", "xray=yes", "--nodes", "xray,cancer")
+assert list(most) == ["model", "evidence", "log_p", "p", "configuration", "log_p_configuration", "p_configuration"]
+assert most["configuration"] == {"xray": "yes", "cancer": "yes"} and most["evidence"] == {"xray": "yes"}
+assert math.isclose(math.exp(most["log_p_configuration"]), most["p_configuration"])
+assert ask(clinic, "--mode", "fast-retraction")["mode"] == "fast-retraction"
+moved = ask(waste, "-e", "light=1.1", "waste=industrial", "--top", "1")
+assert moved["evidence"] == {"waste": "industrial", "light": 1.1}
+assert list(moved["beliefs"]["metals_in_waste"]) == ["mean", "variance", "sd", "moved"]
+chosen = ask(oil, "-e", "test=yes", "drill=yes")
+assert math.isclose(chosen["expected_utility"], 10) and math.isclose(chosen["utilities"]["profit"], 20)
+assert chosen["beliefs"]["drill"]["expected_utilities"][1] is None
+END_OF_TEST
+
+[ $failures -eq 0 ]
