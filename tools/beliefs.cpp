@@ -1,40 +1,144 @@
 #include "beliefs.h"
 
+#include <algorithm>
+#include <limits>
+
 #include "tool_failure.h"
 
 namespace tool {
 namespace {
 
-void collect_evidence(q_node_t node, node_beliefs& collected) {
-    if (!q_node_evidence_is_entered(node)) return;
-    if (const int64_t state = q_node_get_selected_state(node); state >= 0) {
-        collected.observed = collected.states[static_cast<size_t>(state)];
-        return;
+node_evidence collect_evidence(q_node_t node) {
+    node_evidence collected{q_node_get_name(node), {}, {}, {}};
+    const q_kind_t kind = q_node_get_kind(node);
+    if (kind == q_kind_other || q_node_evidence_is_entered(node) == 0) return collected;
+    if (kind == q_kind_continuous) {
+        collected.value = q_node_get_entered_value(node);
+        return collected;
     }
-    for (size_t state = 0; state < collected.states.size(); ++state)
+    if (const int64_t state = q_node_get_selected_state(node); state >= 0) {
+        collected.state = state_names(node)[static_cast<size_t>(state)];
+        return collected;
+    }
+    for (size_t state = 0; state < q_node_get_number_of_states(node); ++state)
         collected.weights.push_back(q_node_get_entered_finding(node, state));
+    return collected;
 }
 
-node_beliefs collect_node(q_node_t node) {
-    node_beliefs collected{q_node_get_name(node), q_node_get_label(node), state_names(node), {}, {}, {}, {}};
+node_beliefs describe(q_node_t node) {
+    node_beliefs described{q_node_get_name(node), q_node_get_label(node), q_node_get_category(node)};
+    described.entered = collect_evidence(node);
+    if (q_node_get_kind(node) != q_kind_discrete) return described;
+    described.states = state_names(node);
+    for (size_t state = 0; state < described.states.size(); ++state)
+        described.labels.emplace_back(q_node_get_state_label(node, state));
+    return described;
+}
+
+probability last_probability(const model& propagated) {
+    const probability found{q_domain_get_log_normalization_constant(propagated.domain()),
+                            q_domain_get_normalization_constant(propagated.domain())};
+    if (q_error_code() != q_error_none) fail_with_library_error(propagated.file());
+    return found;
+}
+
+// Propagates the evidence in the ordinary way, which gives its probability and tells if it is impossible.
+model_beliefs compute_evidence(model& asked) {
+    asked.compute();
+    model_beliefs result{asked.file(), {}, last_probability(asked), q_mode_normal, {}, {}, {}};
+    for (const q_node_t node : asked.nodes())
+        if (node_evidence entered = collect_evidence(node); entered.is_observed() || !entered.weights.empty())
+            result.evidence.push_back(std::move(entered));
+    return result;
+}
+
+bool has_utilities(const model& asked) {
+    return std::ranges::any_of(asked.nodes(),
+                               [](q_node_t node) { return q_node_get_category(node) == q_category_utility; });
+}
+
+// Nothing where numbers have no meaning, or no results yet.
+std::optional<mean_and_variance> moments_of(q_node_t node) {
+    const bool is_continuous = q_node_get_kind(node) == q_kind_continuous;
+    const mean_and_variance found =
+        is_continuous ? mean_and_variance{q_node_get_mean(node), q_node_get_variance(node)}
+                      : mean_and_variance{q_node_get_numeric_mean(node), q_node_get_numeric_variance(node)};
+    return q_error_code() == q_error_none ? std::optional(found) : std::nullopt;
+}
+
+node_beliefs collect_node(q_node_t node, bool with_utilities) {
+    node_beliefs collected = describe(node);
     for (size_t state = 0; state < collected.states.size(); ++state) {
-        collected.labels.emplace_back(q_node_get_state_label(node, state));
         collected.beliefs.push_back(q_node_get_belief(node, state));
+        if (with_utilities)
+            collected.expected_utilities.push_back(collected.beliefs.back() > 0
+                                                       ? q_node_get_expected_utility(node, state)
+                                                       : std::numeric_limits<double>::quiet_NaN());
     }
-    collect_evidence(node, collected);
+    collected.moments = moments_of(node);
+    if (collected.category == q_category_utility)
+        collected.expected_utilities.push_back(q_node_get_expected_utility(node, 0));
     return collected;
+}
+
+void require_discrete_chance(const model& asked, const char* what) {
+    for (const q_node_t node : asked.nodes())
+        if (q_node_get_category(node) != q_category_chance || q_node_get_kind(node) != q_kind_discrete)
+            throw command_failure(asked.file() + ": " + what +
+                                  " is for discrete chance nodes only, but node " + q_node_get_name(node) +
+                                  " is " + sort_of(node));
+}
+
+size_t best_state(q_node_t node) {
+    size_t best = 0;
+    for (size_t state = 1; state < q_node_get_number_of_states(node); ++state)
+        if (q_node_get_belief(node, state) > q_node_get_belief(node, best)) best = state;
+    return best;
+}
+
+// Whether other states may be as good, but for rounding errors.
+bool is_tied(q_node_t node, size_t best) {
+    constexpr double nearly_one = 1 - 1e-9;
+    for (size_t state = 0; state < q_node_get_number_of_states(node); ++state)
+        if (state != best && q_node_get_belief(node, state) > nearly_one) return true;
+    return false;
+}
+
+// Zeros for all other states leave what weight this one has.
+void fix_state(const model& asked, q_node_t node, size_t fixed) {
+    for (size_t state = 0; state < q_node_get_number_of_states(node); ++state)
+        if (state != fixed && q_node_enter_finding(node, state, 0) != q_error_none)
+            fail_with_library_error(asked.file());
 }
 
 }  // namespace
 
-model_beliefs collect_beliefs(const model& propagated) {
-    model_beliefs collected{propagated.file(),
-                            q_domain_get_log_normalization_constant(propagated.domain()),
-                            q_domain_get_normalization_constant(propagated.domain()),
-                            {}};
-    if (q_error_code() != q_error_none) fail_with_library_error(propagated.file());
-    for (const q_node_t node : propagated.nodes()) collected.nodes.push_back(collect_node(node));
-    return collected;
+model_beliefs compute_beliefs(model& asked, const std::vector<q_node_t>& shown, q_mode_t mode) {
+    if (mode == q_mode_fast_retraction) require_discrete_chance(asked, "fast retraction");
+    model_beliefs result = compute_evidence(asked);
+    result.mode = mode;
+    if (mode == q_mode_fast_retraction) asked.compute(q_equilibrium_sum, mode);
+    const bool with_utilities = has_utilities(asked);
+    if (with_utilities) result.expected_utility = q_domain_get_expected_utility(asked.domain());
+    for (const q_node_t node : shown) result.nodes.push_back(collect_node(node, with_utilities));
+    return result;
+}
+
+model_beliefs compute_configuration(model& asked, const std::vector<q_node_t>& shown) {
+    require_discrete_chance(asked, "--max");
+    model_beliefs result = compute_evidence(asked);
+    for (const q_node_t node : shown) result.nodes.push_back(describe(node));
+    asked.compute(q_equilibrium_max);
+    // The best states of several nodes need not go together while one of them has others that are as good.
+    for (const q_node_t node : asked.nodes()) {
+        const size_t best = best_state(node);
+        if (!is_tied(node, best)) continue;
+        fix_state(asked, node, best);
+        asked.compute(q_equilibrium_max);
+    }
+    for (size_t i = 0; i < shown.size(); ++i) result.nodes[i].configured = best_state(shown[i]);
+    result.of_configuration = last_probability(asked);
+    return result;
 }
 
 }  // namespace tool

@@ -1,6 +1,7 @@
 // What a propagated model says.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -8,30 +9,65 @@
 
 namespace tool {
 
+// At most one of the three is given.
+struct node_evidence {
+    std::string node;
+    std::string state;            // empty: none
+    std::vector<double> weights;  // of a likelihood, one for each state; empty: none
+    std::optional<double> value;  // of a continuous node
+
+    bool is_observed() const noexcept { return !state.empty() || value.has_value(); }
+};
+
+struct mean_and_variance {
+    double mean;
+    double variance;
+};
+
 struct node_beliefs {
     std::string node;
-    std::string label;                // empty: none
-    std::vector<std::string> states;  // their names on the command line
-    std::vector<std::string> labels;  // one for each state
-    std::vector<double> beliefs;      // one for each state
-    std::string observed;             // the state; empty: none
-    std::vector<double> weights;      // of a likelihood, one for each state; empty: none
+    std::string label;                  // empty: none
+    q_category_t category;              // chance, decision, utility, or function
+    std::vector<std::string> states{};  // their names on the command line; empty: no discrete node
+    std::vector<std::string> labels{};  // one for each state
+    node_evidence entered{};            // on this node
+    std::vector<double> beliefs{};      // one for each state; empty: not asked for
+    // Of a continuous node, or of the numbers that states stand for.
+    std::optional<mean_and_variance> moments{};
+    // Of a utility node, or for each state, NaN where it cannot occur; empty: the model has no utilities.
+    std::vector<double> expected_utilities{};
+    std::optional<double> moved{};       // see keep_most_moved()
+    std::optional<size_t> configured{};  // the state in the most probable configuration
+};
+
+struct probability {
+    double log_p;
+    double p;
 };
 
 struct model_beliefs {
     std::string model;
-    double log_p;  // of the evidence
-    double p;
-    std::vector<node_beliefs> nodes;  // in creation order
+    std::vector<node_evidence> evidence;  // on all nodes, in creation order
+    probability of_evidence;
+    q_mode_t mode;
+    std::optional<double> expected_utility;
+    std::optional<probability> of_configuration;  // together with the evidence
+    std::vector<node_beliefs> nodes;
 };
 
-model_beliefs collect_beliefs(const model& propagated);
+// Beliefs of nodes, and what is expected of utility nodes.
+model_beliefs compute_beliefs(model& asked, const std::vector<q_node_t>& shown, q_mode_t mode);
+// Instead of beliefs a most probable configuration.
+model_beliefs compute_configuration(model& asked, const std::vector<q_node_t>& shown);
+
+// Keeps those nodes whose beliefs were moved most by the evidence, the one that moved most first: discrete ones by half
+// the sum of the changes of their beliefs (the total variation distance), continuous ones by the change of the mean in
+// standard deviations without evidence. In normal mode observed nodes are left out. Takes the evidence back.
+void keep_most_moved(model& asked, model_beliefs& result, size_t count);
 
 // A table to read.
 std::string beliefs_as_text(const model_beliefs& shown);
-// {"model": FILE, "evidence": {NODE: STATE or [WEIGHT, ...], ...}, "log_p": ..., "p": ...,
-//  "beliefs": {NODE: {"states": [...], "beliefs": [...]}, ...}}, nodes in creation order, numbers in full precision.
-// States are named as on the command line. All is ASCII; p is null when it is infinite.
+// One object, described in docs/command.md. All is ASCII; numbers are in full precision, and null when not finite.
 std::string beliefs_as_json(const model_beliefs& shown);
 
 }  // namespace tool

@@ -1,9 +1,13 @@
 #include "beliefs_command.h"
 
+#include <algorithm>
+
 #include <CLI/CLI.hpp>
 
 #include "beliefs.h"
 #include "evidence.h"
+#include "node_list.h"
+#include "tool_failure.h"
 
 namespace tool {
 namespace {
@@ -17,6 +21,30 @@ constexpr const char* explanations =
     "  NODE=(W W ...)    A likelihood: one weight for each state, in order, that says\n"
     "                    how probable what was observed is if the node is in it.\n"
     "                    Weights are not negative; only their ratios affect beliefs.\n"
+    "  NODE=NUMBER       The value of a continuous node.\n"
+    "\n"
+    "What is printed:\n"
+    "  Discrete nodes: the belief of each state. Decisions: as their policies have\n"
+    "  it, unless a state is given as evidence. Continuous nodes: mean, variance and\n"
+    "  SD, the standard deviation; discrete nodes whose states are numbers: mean and\n"
+    "  SD.\n"
+    "  With utilities: what is expected of each utility node, of all together, and\n"
+    "  (EU) of those connected with a node given each of its states that can occur.\n"
+    "  P(evidence): its probability, for values of continuous nodes the density.\n"
+    "\n"
+    "  --mode fast-retraction: beliefs given the evidence on all nodes but the node\n"
+    "  itself, which tell if its evidence was to be expected. Not possible where\n"
+    "  evidence excludes states of other nodes.\n"
+    "  --max: the states of all nodes that are most probable together with the\n"
+    "  evidence; where several are as probable, one of them. Likelihood evidence\n"
+    "  counts as weights, by which the probabilities of states are multiplied.\n"
+    "  Both are for networks of discrete chance nodes only.\n"
+    "  --top: the nodes that the evidence moved most, largest move first, measured\n"
+    "  from the beliefs without evidence: by the total variation distance, half the\n"
+    "  sum of the changes of the beliefs (0 to 1); for continuous nodes by the change\n"
+    "  of the mean in standard deviations without evidence. Nodes whose state or\n"
+    "  value is given are left out, except with fast retraction, and so are\n"
+    "  utilities. With --nodes it chooses among those.\n"
     "\n"
     "Exit status:\n"
     "  0  done\n"
@@ -24,7 +52,42 @@ constexpr const char* explanations =
     "  2  the command line is wrong\n"
     "\n"
     "Example:\n"
-    "  quarn beliefs chest_clinic.net --evidence asia=yes 'xray=(0.9 0.2)'";
+    "  quarn beliefs chest_clinic.net --evidence asia=yes 'xray=(0.9 0.2)'\n"
+    "  quarn beliefs chest_clinic.net -e xray=yes --top 3\n"
+    "  quarn beliefs chest_clinic.net -e dyspnoea=yes --max --nodes cancer,bronchitis\n"
+    "  quarn beliefs waste_incinerator.net -e light=1.1 waste=industrial\n"
+    "  quarn beliefs oil_wildcatter.net -e test=yes seismic=closed --nodes drill";
+
+q_mode_t mode_called(const std::string& name) {
+    if (name == "normal") return q_mode_normal;
+    if (name == "fast-retraction") return q_mode_fast_retraction;
+    throw usage_failure("unknown mode " + name + "; there are normal and fast-retraction");
+}
+
+bool has_results(q_node_t node) {
+    return q_node_get_kind(node) != q_kind_other || q_node_get_category(node) == q_category_utility;
+}
+
+// Each node once.
+std::vector<q_node_t> shown_nodes(const model& asked, const beliefs_options& options) {
+    std::vector<q_node_t> shown;
+    if (options.nodes.empty()) std::ranges::copy_if(asked.nodes(), std::back_inserter(shown), has_results);
+    for (const q_node_t node : nodes_called(asked, options.nodes)) {
+        if (!has_results(node))
+            throw command_failure(asked.file() + ": node " + q_node_get_name(node) +
+                                  " is a real-valued function: it has no beliefs");
+        if (std::ranges::find(shown, node) == shown.end()) shown.push_back(node);
+    }
+    return shown;
+}
+
+model_beliefs compute(model& asked, const beliefs_options& options, q_mode_t mode) {
+    const std::vector<q_node_t> shown = shown_nodes(asked, options);
+    if (options.max) return compute_configuration(asked, shown);
+    model_beliefs result = compute_beliefs(asked, shown, mode);
+    if (options.top) keep_most_moved(asked, result, static_cast<size_t>(*options.top));
+    return result;
+}
 
 }  // namespace
 
@@ -39,16 +102,23 @@ void add_beliefs_command(CLI::App& commands, beliefs_options& options) {
         // Extra arguments are for options without limit only, whose arguments are split when they are in brackets.
         ->expected(1, evidence_limit)
         ->allow_extra_args(false);
+    command->add_option("--mode", options.mode, "normal (the default) or fast-retraction")->type_name("MODE");
+    command->add_flag("--max", options.max, "Print a most probable configuration instead");
+    add_node_list(*command, "-n,--nodes", options.nodes, "Print these nodes only, in this order");
+    command->add_option("--top", options.top, "Print the N nodes that evidence moved most")->type_name("N");
     command->add_flag("--json", options.json, "Print JSON, with numbers in full precision");
     command->footer(explanations);
 }
 
 std::string run_beliefs(const beliefs_options& options) {
+    const q_mode_t mode = mode_called(options.mode);
+    if (options.top && *options.top < 1) throw usage_failure("--top needs a number from 1");
+    if (options.max && (options.top || mode != q_mode_normal))
+        throw usage_failure("--max goes neither with --top nor with --mode fast-retraction");
     const std::vector<evidence> given = parse_evidence(options.evidence);
     model asked(options.model);
     for (const evidence& entered : given) enter_evidence(asked, entered);
-    asked.compute();
-    const model_beliefs result = collect_beliefs(asked);
+    const model_beliefs result = compute(asked, options, mode);
     return options.json ? beliefs_as_json(result) : beliefs_as_text(result);
 }
 

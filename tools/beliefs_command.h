@@ -1,6 +1,8 @@
-// quarn beliefs MODEL.net [--evidence NODE=STATE ...] [--json]
+// quarn beliefs MODEL.net [--evidence NODE=STATE ...] [--mode MODE | --max] [--nodes NODE,...] [--top N] [--json]
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,6 +13,10 @@ namespace tool {
 struct beliefs_options {
     std::string model;
     std::vector<std::string> evidence;
+    std::string mode = "normal";
+    bool max = false;
+    std::vector<std::string> nodes;  // empty: all
+    std::optional<int64_t> top;      // none: all
     bool json = false;
 };
 

@@ -1,25 +1,64 @@
+#include <cmath>
+
 #include <nlohmann/json.hpp>
 
 #include "beliefs.h"
 
 namespace tool {
+namespace {
 
 using nlohmann::ordered_json;
+
+ordered_json as_json(const node_evidence& entered) {
+    if (entered.value) return *entered.value;
+    return entered.state.empty() ? ordered_json(entered.weights) : ordered_json(entered.state);
+}
+
+ordered_json as_json(const node_beliefs& node) {
+    ordered_json shown = ordered_json::object();
+    if (!node.states.empty()) shown = {{"states", node.states}, {"beliefs", node.beliefs}};
+    if (node.moments) {
+        shown["mean"] = node.moments->mean;
+        shown["variance"] = node.moments->variance;
+        shown["sd"] = std::sqrt(node.moments->variance);
+    }
+    if (!node.expected_utilities.empty()) shown["expected_utilities"] = node.expected_utilities;
+    if (node.moved) shown["moved"] = *node.moved;
+    return shown;
+}
+
+}  // namespace
 
 std::string beliefs_as_json(const model_beliefs& shown) {
     // Names are distinct, so they are added without looking for them, which would take longer for each.
     ordered_json::object_t evidence;
     ordered_json::object_t beliefs;
-    for (const node_beliefs& node : shown.nodes) {
-        if (!node.observed.empty()) evidence.push_back({node.node, node.observed});
-        if (!node.weights.empty()) evidence.push_back({node.node, node.weights});
-        beliefs.push_back({node.node, {{"states", node.states}, {"beliefs", node.beliefs}}});
+    ordered_json::object_t utilities;
+    ordered_json::object_t configuration;
+    for (const node_evidence& entered : shown.evidence) evidence.push_back({entered.node, as_json(entered)});
+    for (const node_beliefs& node : shown.nodes)
+        if (node.configured)
+            configuration.push_back({node.node, node.states[*node.configured]});
+        else if (node.category == q_category_utility)
+            utilities.push_back({node.node, node.expected_utilities.front()});
+        else
+            beliefs.push_back({node.node, as_json(node)});
+    ordered_json document = {{"model", shown.model},
+                             {"evidence", evidence},
+                             {"log_p", shown.of_evidence.log_p},
+                             {"p", shown.of_evidence.p}};
+    if (shown.of_configuration) {
+        document["configuration"] = configuration;
+        document["log_p_configuration"] = shown.of_configuration->log_p;
+        document["p_configuration"] = shown.of_configuration->p;
+    } else {
+        document["beliefs"] = beliefs;
     }
-    const ordered_json document = {{"model", shown.model},
-                                   {"evidence", evidence},
-                                   {"log_p", shown.log_p},
-                                   {"p", shown.p},
-                                   {"beliefs", beliefs}};
+    if (shown.mode == q_mode_fast_retraction) document["mode"] = "fast-retraction";
+    if (shown.expected_utility) {
+        document["utilities"] = utilities;
+        document["expected_utility"] = *shown.expected_utility;
+    }
     // In ASCII, as labels may hold control characters; and bytes that are not UTF-8.
     return document.dump(2, ' ', true, ordered_json::error_handler_t::replace) + "\n";
 }

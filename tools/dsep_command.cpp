@@ -5,7 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
-#include "model.h"
+#include "node_list.h"
 #include "terminal.h"
 #include "tool_failure.h"
 
@@ -27,9 +27,8 @@ constexpr const char* explanations =
     "  quarn dsep chest_clinic.net --source asia --given either";
 
 // With the null that the library looks for.
-std::vector<q_node_t> nodes_called(const model& asked, const names& called) {
-    std::vector<q_node_t> nodes;
-    for (const std::string& name : called) nodes.push_back(asked.node_called(name));
+std::vector<q_node_t> ended_list(const model& asked, const names& called) {
+    std::vector<q_node_t> nodes = nodes_called(asked, called);
     nodes.push_back(nullptr);
     return nodes;
 }
@@ -37,8 +36,8 @@ std::vector<q_node_t> nodes_called(const model& asked, const names& called) {
 names ask(const model& asked, const dsep_options& options,
           decltype(q_domain_get_d_connected_nodes) question) {
     const q_node_t* answer =
-        question(asked.domain(), nodes_called(asked, options.sources).data(),
-                 nodes_called(asked, options.given).data(), nodes_called(asked, options.soft).data());
+        question(asked.domain(), ended_list(asked, options.sources).data(),
+                 ended_list(asked, options.given).data(), ended_list(asked, options.soft).data());
     if (answer == nullptr) fail_with_library_error(asked.file());
     names found;
     for (; *answer != nullptr; ++answer) found.emplace_back(q_node_get_name(*answer));
@@ -77,17 +76,10 @@ void add_dsep_command(CLI::App& commands, dsep_options& options) {
     command->add_option("MODEL", options.model, "The network, in the NET language")
         ->type_name("FILE")
         ->required();
-    const auto add_nodes = [&](const char* name, names& target, const char* description) {
-        return command->add_option(name, target, description)
-            ->type_name("NODE,...")
-            ->delimiter(',')
-            ->expected(1)
-            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-            ->allow_extra_args(false);
-    };
-    add_nodes("-s,--source", options.sources, "The nodes that something is learnt of")->required();
-    add_nodes("-g,--given", options.given, "Nodes that are observed");
-    add_nodes("--soft", options.soft, "Nodes on which there is a likelihood");
+    add_node_list(*command, "-s,--source", options.sources, "The nodes that something is learnt of")
+        ->required();
+    add_node_list(*command, "-g,--given", options.given, "Nodes that are observed");
+    add_node_list(*command, "--soft", options.soft, "Nodes on which there is a likelihood");
     command->add_flag("--json", options.json, "Print JSON");
     command->footer(explanations);
 }

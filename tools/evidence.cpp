@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdlib>
 #include <limits>
+#include <optional>
 #include <set>
 #include <string_view>
 
@@ -12,17 +14,17 @@
 namespace tool {
 namespace {
 
-// -1 for what is no number. As in NET files, what is too small is 0 and what is too large is infinite.
-double parse_number(std::string_view text) {
+// As in NET files, what is too small is 0 and what is too large is infinite.
+std::optional<double> parse_number(std::string_view text) {
     double number = 0;
     const auto [end, problem] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (end != text.data() + text.size() || problem == std::errc::invalid_argument) return -1;
+    if (end != text.data() + text.size() || problem == std::errc::invalid_argument) return {};
     // Which of the two it was is not told.
     return problem == std::errc() ? number : std::strtod(std::string(text).c_str(), nullptr);
 }
 
 double parse_weight(std::string_view text, const std::string& argument) {
-    const double weight = parse_number(text);
+    const double weight = parse_number(text).value_or(-1);
     if (!(weight >= 0 && weight < std::numeric_limits<double>::max()))
         throw usage_failure(argument + ": weights must be numbers from 0 to below 1.7976931348623157e308, "
                                        "separated by blanks or commas");
@@ -70,8 +72,11 @@ std::string list_states(q_node_t node) {
 }
 
 [[noreturn]] void fail_for_node(const model& target, q_node_t node, const std::string& problem) {
-    throw command_failure(target.file() + ": node " + q_node_get_name(node) + " " + problem +
-                          "; its states are " + list_states(node));
+    throw command_failure(target.file() + ": node " + q_node_get_name(node) + " " + problem);
+}
+
+[[noreturn]] void fail_for_states(const model& target, q_node_t node, const std::string& problem) {
+    fail_for_node(target, node, problem + "; its states are " + list_states(node));
 }
 
 // The index in '#INDEX'; -1 for anything else.
@@ -92,20 +97,28 @@ bool has_label(q_node_t node, const std::string& label) {
 size_t find_state(const model& target, q_node_t node, const std::string& text) {
     int64_t state = state_from_index(text);
     if (state < 0) state = q_node_get_state_index_from_label(node, text.c_str());
-    if (state < 0 && has_label(node, text)) fail_for_node(target, node, "has several states called " + text);
+    if (state < 0 && has_label(node, text))
+        fail_for_states(target, node, "has several states called " + text);
     if (state < 0 || static_cast<size_t>(state) >= q_node_get_number_of_states(node))
-        fail_for_node(target, node, "has no state " + text);
+        fail_for_states(target, node, "has no state " + text);
     return static_cast<size_t>(state);
 }
 
 void enter_weights(const model& target, q_node_t node, const std::vector<double>& weights) {
     const size_t count = q_node_get_number_of_states(node);
     if (weights.size() != count)
-        fail_for_node(target, node,
-                      "needs " + std::to_string(count) + " weights, not " + std::to_string(weights.size()));
+        fail_for_states(target, node,
+                        "needs " + std::to_string(count) + " weights, not " + std::to_string(weights.size()));
     for (size_t state = 0; state < count; ++state)
         if (q_node_enter_finding(node, state, weights[state]) != q_error_none)
             fail_with_library_error(target.file());
+}
+
+void enter_value(const model& target, q_node_t node, const evidence& entered) {
+    const std::optional<double> value = parse_number(entered.state);
+    if (!value || !std::isfinite(*value))
+        fail_for_node(target, node, "is continuous: its evidence is a number, not " + entered.state);
+    if (q_node_enter_value(node, *value) != q_error_none) fail_with_library_error(target.file());
 }
 
 }  // namespace
@@ -123,6 +136,9 @@ std::vector<evidence> parse_evidence(const std::vector<std::string>& arguments) 
 
 void enter_evidence(const model& target, const evidence& entered) {
     const q_node_t node = target.node_called(entered.node);
+    const q_kind_t kind = q_node_get_kind(node);
+    if (kind == q_kind_other) fail_for_node(target, node, "is " + sort_of(node) + ": it takes no evidence");
+    if (kind == q_kind_continuous) return enter_value(target, node, entered);
     if (!entered.weights.empty()) return enter_weights(target, node, entered.weights);
     if (q_node_select_state(node, find_state(target, node, entered.state)) != q_error_none)
         fail_with_library_error(target.file());

@@ -8,6 +8,7 @@
 #include <unistd.h>
 #include <unordered_map>
 
+#include "open_decision.h"
 #include "table_fault.h"
 #include "terminal.h"
 #include "tool_failure.h"
@@ -84,15 +85,25 @@ q_node_t model::node_called(const std::string& name) const {
     return node;
 }
 
-void model::compute() {
-    if (q_domain_compile(domain()) == q_error_none &&
-        q_domain_propagate(domain(), q_equilibrium_sum, q_mode_normal) == q_error_none)
+void model::compute(q_equilibrium_t equilibrium, q_mode_t mode) {
+    if ((q_domain_is_compiled(domain()) == 1 || q_domain_compile(domain()) == q_error_none) &&
+        q_domain_propagate(domain(), equilibrium, mode) == q_error_none)
         return;
     const q_error_t code = q_error_code();
-    if (code == q_error_invalid_probability_potential)
-        if (const std::string fault = find_table_fault(nodes_); !fault.empty())
-            throw command_failure(file_ + ": " + fault);
+    std::string fault;
+    if (code == q_error_invalid_probability_potential) fault = find_table_fault(nodes_);
+    if (code == q_error_invalid_evidence) fault = find_open_decision(nodes_);
+    if (!fault.empty()) throw command_failure(file_ + ": " + fault);
     fail_with_library_error(file_, code);
+}
+
+std::string sort_of(q_node_t node) {
+    switch (q_node_get_category(node)) {
+    case q_category_decision: return "a decision";
+    case q_category_utility: return "a utility";
+    case q_category_function: return "a function";
+    default: return q_node_get_kind(node) == q_kind_continuous ? "continuous" : "discrete";
+    }
 }
 
 std::string index_name(size_t state) { return std::to_string(state).insert(0, 1, '#'); }

@@ -27,14 +27,17 @@ public:
     // Fails when there is none.
     q_node_t node_called(const std::string& name) const;
 
-    // Compiles and propagates.
-    void compute();
+    // Compiles unless that has been done, and propagates.
+    void compute(q_equilibrium_t equilibrium = q_equilibrium_sum, q_mode_t mode = q_mode_normal);
 
 private:
     std::string file_;
     domain_owner domain_;
     std::vector<q_node_t> nodes_;
 };
+
+// "a decision", "continuous", and so on.
+std::string sort_of(q_node_t node);
 
 // '#' and the index of a state.
 std::string index_name(size_t state);

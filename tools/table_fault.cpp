@@ -56,7 +56,9 @@ std::vector<q_node_t> conditioning_nodes(q_table_t table) {
 }
 
 std::string find_fault(q_node_t node) {
-    if (q_node_get_category(node) != q_category_chance || q_node_get_kind(node) != q_kind_discrete) return "";
+    const q_category_t category = q_node_get_category(node);
+    const bool has_distributions = category == q_category_chance || category == q_category_decision;
+    if (!has_distributions || q_node_get_kind(node) != q_kind_discrete) return "";
     const q_table_t table = q_node_get_table(node);
     const double* entries = q_table_get_data(table);
     if (entries == nullptr) return "";
