@@ -42,15 +42,26 @@ void compile(benchmark::State& state) {
     q_domain_delete(domain);
 }
 
-// One finding changes, everything is propagated and one belief read.
-void propagate(benchmark::State& state) {
-    q_domain_t domain = sparse_network(static_cast<std::size_t>(state.range(0)));
-    q_domain_compile(domain);
+using change = void (*)(q_node_t observed, std::size_t step);
+
+void select_state(q_node_t observed, std::size_t step) { q_node_select_state(observed, step % 2); }
+void change_likelihood(q_node_t observed, std::size_t step) {
+    q_node_enter_finding(observed, step % 2, step % 4 < 2 ? 0.5 : 0.25);
+}
+void enter_value(q_node_t observed, std::size_t step) {
+    q_node_enter_value(observed, step % 2 == 0 ? 1 : -1);
+}
+
+// The evidence on one node changes, everything is propagated and one belief read.
+void propagate(benchmark::State& state, q_domain_t domain, change next, q_equilibrium_t equilibrium,
+               q_mode_t mode) {
+    if (q_domain_compile(domain) != q_error_none) state.SkipWithError("the network was not compiled");
     q_node_t observed = q_domain_get_first_node(domain);
-    std::size_t finding = 0;
+    std::size_t step = 0;
     for (auto _ : state) {
-        q_node_select_state(observed, finding = 1 - finding);
-        q_domain_propagate(domain, q_equilibrium_sum, q_mode_normal);
+        next(observed, step++);
+        if (q_domain_propagate(domain, equilibrium, mode) != q_error_none)
+            state.SkipWithError("no propagation");
         benchmark::DoNotOptimize(q_node_get_belief(q_node_get_next(observed), 0));
     }
     std::size_t entries = 0;
@@ -60,9 +71,53 @@ void propagate(benchmark::State& state) {
     state.counters["clique entries"] = static_cast<double>(entries);
     q_domain_delete(domain);
 }
+void propagate_sparse(benchmark::State& state, change next, q_equilibrium_t equilibrium, q_mode_t mode) {
+    propagate(state, sparse_network(static_cast<std::size_t>(state.range(0))), next, equilibrium, mode);
+}
+
+// A chain of continuous nodes, each with a discrete parent of its own.
+void propagate_continuous(benchmark::State& state, change next) {
+    q_domain_t domain = q_domain_new();
+    q_node_t last = nullptr;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(state.range(0)); ++i) {
+        q_node_t regime =
+            i % 4 == 0 ? q_domain_new_node(domain, q_category_chance, q_kind_discrete) : nullptr;
+        q_node_t node = q_domain_new_node(domain, q_category_chance, q_kind_continuous);
+        if (regime != nullptr) {
+            q_node_set_number_of_states(regime, 2);
+            q_node_add_parent(node, regime);
+        }
+        if (last != nullptr && i % 16 != 0) {
+            q_node_add_parent(node, last);
+            for (std::size_t row = 0; row < (regime != nullptr ? 2 : 1); ++row)
+                q_node_set_cg_coefficient(node, last, row, row == 0 ? 0.5 : -1);
+        }
+        for (std::size_t row = 0; row < (regime != nullptr ? 2 : 1); ++row) {
+            q_node_set_cg_intercept(node, row, static_cast<double>(row));
+            q_node_set_cg_variance(node, row, 1);
+        }
+        last = node;
+    }
+    propagate(state, domain, next, q_equilibrium_sum, q_mode_normal);
+}
 
 BENCHMARK(build)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(compile)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(propagate)->RangeMultiplier(10)->Range(1000, 10000)->Unit(benchmark::kMillisecond);
+// Another state is observed: from the saved tables; another likelihood: on top of what is there.
+BENCHMARK_CAPTURE(propagate_sparse, state, select_state, q_equilibrium_sum, q_mode_normal)
+    ->RangeMultiplier(10)
+    ->Range(1000, 10000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(propagate_sparse, likelihood, change_likelihood, q_equilibrium_sum, q_mode_normal)
+    ->RangeMultiplier(10)
+    ->Range(1000, 10000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(propagate_sparse, maxima, change_likelihood, q_equilibrium_max, q_mode_normal)
+    ->Arg(1000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(propagate_sparse, retraction, change_likelihood, q_equilibrium_sum, q_mode_fast_retraction)
+    ->Arg(1000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(propagate_continuous, value, enter_value)->Arg(160)->Unit(benchmark::kMillisecond);
 
 }  // namespace
