@@ -139,7 +139,6 @@ enum { q_kind_discrete = 0, q_kind_continuous = 1, q_kind_other = -1 };
 /* How the states of a discrete node are meant. */
 enum { q_subtype_label = 30, q_subtype_boolean = 31, q_subtype_number = 32, q_subtype_interval = 33 };
 
-/* What propagated tables represent: sums (beliefs) or maxima (most probable configurations). */
 /* How a network is triangulated: see q_domain_triangulate(). */
 enum {
     q_triangulate_clique_size = 15,
@@ -150,6 +149,7 @@ enum {
     q_triangulate_best_greedy = 20
 };
 
+/* What propagated tables represent: sums (beliefs) or maxima (most probable configurations). */
 enum { q_equilibrium_none = 10, q_equilibrium_sum = 11, q_equilibrium_max = 12 };
 
 /* Whether a belief takes the evidence on its own node into account, or only that on the others. */
@@ -611,8 +611,8 @@ Q_API q_status_t q_domain_set_initial_triangulation(q_domain_t domain, const q_n
 
 /**
  * Excludes discrete nodes from the junction trees: nodes that will be instantiated whenever the domain is propagated, so
- * that the cliques are smaller. Null, or an empty list, excludes none. So far such a domain can be compiled but not
- * propagated.
+ * that the cliques are smaller. Null, or an empty list, excludes none. What they are observed in counts as propagated
+ * evidence at all times; an excluded decision is made, and its policy never counts.
  *
  * nodes   null-terminated; copied. A node that is deleted leaves the list
  * errors  q_error_usage: triangulated or compiled, a node of another domain or not discrete
@@ -704,7 +704,7 @@ Q_API const q_node_t* q_domain_get_d_separated_nodes(q_domain_t domain, const q_
  * are no evidence, anything else is a likelihood. Evidence on a continuous node is a value. It can be entered at any
  * time, compiled or not, and takes effect with the next propagation: results take the propagated evidence into account,
  * whatever has been entered since. It stays until it is retracted. On a node of one state, observing it is no evidence:
- * it gives nothing to propagate.
+ * it gives nothing to propagate, though open decisions above it must not be there for it either.
  *
  * Utilities and real-valued functions hold no evidence. An excluded node (q_domain_set_excluded_nodes()) must have a
  * selected state whenever the domain is propagated.
@@ -775,7 +775,7 @@ Q_API q_boolean_t q_node_likelihood_is_propagated(q_node_t node);
  */
 
 /** Whether the evidence entered on some node differs from the propagated one, or the selected states of excluded nodes
- *  from those that the tables were last cut out for. Costs no walk over the nodes once the tree is propagated. */
+ *  from those that the tables were last cut out for. */
 Q_API q_boolean_t q_domain_evidence_to_propagate(q_domain_t domain);
 Q_API q_boolean_t q_junction_tree_evidence_to_propagate(q_junction_tree_t tree);
 
@@ -810,7 +810,8 @@ Q_API q_boolean_t q_junction_tree_evidence_mode_is(q_junction_tree_t tree, q_mod
  * equilibrium  q_equilibrium_sum: beliefs are posterior probabilities [Lauritzen & Spiegelhalter 1988];
  *              q_equilibrium_max: they are probabilities of the most probable configurations [Dawid 1992]
  * mode         q_mode_normal; q_mode_fast_retraction: the belief of a node is that given the evidence on all other nodes
- *              [Cowell & Dawid 1992]. That works as long as no evidence excludes what it does not itself observe.
+ *              [Cowell & Dawid 1992]. That works as long as no evidence excludes what it does not itself observe;
+ *              evidence may contradict itself where each piece is possible given the others.
  *              Anything but sum equilibrium in normal mode needs a domain of discrete chance nodes.
  *
  * In a network with decisions, policies count as the tables of the decisions that are not observed; an observed decision
@@ -819,17 +820,17 @@ Q_API q_boolean_t q_junction_tree_evidence_mode_is(q_junction_tree_t tree, q_mod
  * errors  q_error_usage; q_error_not_compiled; q_error_compressed: fast retraction in a compressed domain;
  *         q_error_invalid_evidence: an excluded node or a decision has a likelihood, an excluded node is not observed,
  *         or a decision with several states is open while a descendant, reached through chance nodes, is observed;
- *         q_error_invalid_probability_potential: a table holds a negative, infinite or NaN entry, or a distribution
- *         whose sum is not positive and finite;
+ *         q_error_invalid_probability_potential: a table holds a negative, infinite or NaN entry (a utility
+ *         may be negative), or a distribution whose sum is not positive and finite, or a negative variance;
  *         q_error_inconsistency_or_underflow: the evidence is impossible, or contradicts what would otherwise be likely
- *         by more than a double can tell (about 1 to 1e308);
+ *         by more than a double can tell (about 1 to 1e308); q_error_overflow: the same upwards;
  *         q_error_zero_variance: a continuous node has no variance left and the value that it must have was observed, so
  *         that the density is infinite; q_error_low_density: its value is too far out for a density above 0;
  *         q_error_fast_retraction, q_error_normalization: evidence excludes a state of another node, which could not be
  *         taken back fast; q_error_no_memory.
  *         After q_error_usage, _not_compiled, _compressed and _invalid_evidence nothing has changed. After the others the
- *         tree concerned is at sum equilibrium without evidence, all policies taken in (with an invalid table, or where
- *         there is no memory even for that: at none), trees before it are propagated and trees after it are as they
+ *         tree concerned is at sum equilibrium without evidence, all policies taken in (at none with an invalid table,
+ *         with excluded nodes that contradict each other, or where there is no memory even for that), trees before it are propagated and trees after it are as they
  *         were. Entered evidence is untouched.
  */
 Q_API q_status_t q_domain_propagate(q_domain_t domain, q_equilibrium_t equilibrium, q_mode_t mode);
@@ -838,7 +839,8 @@ Q_API q_status_t q_domain_propagate(q_domain_t domain, q_equilibrium_t equilibri
  * The same for one tree, or for the tree of a clique, with messages that meet in that clique: results differ by rounding
  * only. Anything but sum equilibrium in normal mode needs a tree without continuous nodes in a domain without utilities.
  */
-Q_API q_status_t q_junction_tree_propagate(q_junction_tree_t tree, q_equilibrium_t equilibrium, q_mode_t mode);
+Q_API q_status_t q_junction_tree_propagate(q_junction_tree_t tree, q_equilibrium_t equilibrium,
+                                           q_mode_t mode);
 Q_API q_status_t q_clique_propagate(q_clique_t clique, q_equilibrium_t equilibrium, q_mode_t mode);
 
 /**
@@ -856,7 +858,8 @@ Q_API q_status_t q_clique_propagate(q_clique_t clique, q_equilibrium_t equilibri
  * result  the memory of the tables, including the lists, divided by that before: 1 where nothing can be left out (again)
  * errors  q_error_usage: excluded, continuous or utility nodes; q_error_not_compiled; q_error_no_equilibrium: not
  *         propagated, or not successfully, in some tree; q_error_table_too_large: positions in some table do not fit into
- *         32 bits; as for q_domain_propagate() without evidence. The domain is not compressed then.
+ *         32 bits; q_error_invalid_probability_potential: nothing is changed then; q_error_no_memory: all trees are
+ *         without evidence then, and hold the tables that they held
  */
 Q_API q_number_t q_domain_compress(q_domain_t domain);
 
@@ -872,8 +875,8 @@ Q_API q_number_t q_domain_compress(q_domain_t domain);
  * state   0 .. number of states - 1
  * result  at sum equilibrium the probability of the state given the evidence, in [0, 1]; at max equilibrium the
  *         probability of the most probable configuration with this state, the most probable one of all counting 1.
- *         In normal mode 1 for an observed state and 0 for the others of that node; in fast-retraction mode the
- *         evidence is that on all other nodes.
+ *         In normal mode 1 for an observed state and 0 for the others of that node, as always for an excluded one;
+ *         in fast-retraction mode the evidence is that on all other nodes.
  * errors  q_error_usage: not discrete, no such state
  */
 Q_API q_number_t q_node_get_belief(q_node_t node, size_t state);
@@ -899,7 +902,8 @@ Q_API q_number_t q_node_get_value(q_node_t node);
 
 /**
  * Expected utility of a utility node (state 0), or of its junction tree's utility nodes together given that a discrete
- * node is in a state: 0 for a state that cannot occur.
+ * node is in a state: 0 for a state that cannot occur. A utility without parents, but excluded ones, goes with the
+ * smallest clique.
  *
  * result  in a domain without utility nodes 0; may be -1.0 without failure; NaN for a utility node none of whose parents'
  *         configurations has positive probability
@@ -938,6 +942,45 @@ Q_API q_number_t q_domain_get_log_normalization_constant(q_domain_t domain);
  * errors  q_error_io, q_error_locale
  */
 Q_API q_status_t q_domain_print_beliefs(q_domain_t domain);
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * Decisions
+ * --------------------------------------------------------------------------------------------------------------- */
+
+/**
+ * Improves the policies of all decisions that are open (no evidence, several states), one at a time, until no change of a
+ * single one would raise the expected utility of its junction tree [Lauritzen & Nilsson 2001]; then propagates. In each
+ * configuration of the decision's parents all weight goes to the optimal states (those whose expected utility is the
+ * largest to about 12 digits): the present policy is kept as far as it is optimal, and where nothing of it is, the optimal
+ * states share equally. Configurations that cannot occur keep theirs.
+ *
+ * What is found is a local optimum, never below the present policies. Begun with policies without zeros, it is the best of
+ * all where each decision can be settled after those that follow it in time, as in influence diagrams in which nothing
+ * that was known is forgotten. Policies are the tables of the decisions (q_node_get_table()); new ones have equal weights.
+ *
+ * The domain must be propagated in normal mode, with no evidence left to propagate and no table changed since. Without
+ * utility nodes nothing is done.
+ *
+ * errors  q_error_usage: the domain is not as said above; q_error_not_compiled; q_error_no_memory,
+ *         q_error_inconsistency_or_underflow: the tree concerned then is as after a failed q_domain_propagate(); policies
+ *         that were already updated stay so
+ */
+Q_API q_status_t q_domain_update_policies(q_domain_t domain);
+
+/**
+ * Removes every informational link, from a parent to a decision, that is not requisite: by the links alone (d-separation),
+ * what else is known at the decision says all that the parent could tell of the utilities that the decision influences
+ * [Lauritzen & Nilsson 2001]. A decision that influences none keeps no parents. The best expected utility stays what it
+ * was, policies get smaller, and q_domain_update_policies() may find better ones. Which links remain does not depend on
+ * an order of removal.
+ *
+ * A policy keeps what it holds for state 0 of a parent that is removed. Function nodes always remain parents. Evidence is
+ * not considered: where more than the parents of decisions is to be observed, a link that was removed could have helped.
+ * The domain is uncompiled when a link is removed, and else stays as it is.
+ *
+ * result  the number of links removed
+ */
+Q_API size_t q_domain_minimize_limid(q_domain_t domain);
 
 /* ------------------------------------------------------------------------------------------------------------------
  * Files

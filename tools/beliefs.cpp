@@ -25,16 +25,6 @@ node_evidence collect_evidence(q_node_t node) {
     return collected;
 }
 
-node_beliefs describe(q_node_t node) {
-    node_beliefs described{q_node_get_name(node), q_node_get_label(node), q_node_get_category(node)};
-    described.entered = collect_evidence(node);
-    if (q_node_get_kind(node) != q_kind_discrete) return described;
-    described.states = state_names(node);
-    for (size_t state = 0; state < described.states.size(); ++state)
-        described.labels.emplace_back(q_node_get_state_label(node, state));
-    return described;
-}
-
 probability last_probability(const model& propagated) {
     const probability found{q_domain_get_log_normalization_constant(propagated.domain()),
                             q_domain_get_normalization_constant(propagated.domain())};
@@ -112,6 +102,16 @@ void fix_state(const model& asked, q_node_t node, size_t fixed) {
 }
 
 }  // namespace
+
+node_beliefs describe(q_node_t node) {
+    node_beliefs described{q_node_get_name(node), q_node_get_label(node), q_node_get_category(node)};
+    described.entered = collect_evidence(node);
+    if (q_node_get_kind(node) != q_kind_discrete) return described;
+    described.states = state_names(node);
+    for (size_t state = 0; state < described.states.size(); ++state)
+        described.labels.emplace_back(q_node_get_state_label(node, state));
+    return described;
+}
 
 model_beliefs compute_beliefs(model& asked, const std::vector<q_node_t>& shown, q_mode_t mode) {
     if (mode == q_mode_fast_retraction) require_discrete_chance(asked, "fast retraction");

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json_fwd.hpp>
+
 #include "model.h"
 
 namespace tool {
@@ -55,6 +57,8 @@ struct model_beliefs {
     std::vector<node_beliefs> nodes;
 };
 
+// What is entered on a node and how it and its states are called, without results.
+node_beliefs describe(q_node_t node);
 // Beliefs of nodes, and what is expected of utility nodes.
 model_beliefs compute_beliefs(model& asked, const std::vector<q_node_t>& shown, q_mode_t mode);
 // Instead of beliefs a most probable configuration.
@@ -65,8 +69,21 @@ model_beliefs compute_configuration(model& asked, const std::vector<q_node_t>& s
 // standard deviations without evidence. In normal mode observed nodes are left out. Takes the evidence back.
 void keep_most_moved(model& asked, model_beliefs& result, size_t count);
 
+// The name of a node, its label and what else is known of it, as a line.
+std::string heading(const node_beliefs& node);
+// A state that goes by its index is shown with its label all the same.
+std::string title(const node_beliefs& node, size_t state);
+// Headings and results.
+std::string nodes_as_text(const model_beliefs& shown);
+// Its probability, with names padded to that width.
+std::string evidence_as_text(const model_beliefs& shown, size_t width);
+// Sums that cancel leave rounding errors, which are nothing beside the largest utility of all that is shown.
+std::string format_utility(double utility, const model_beliefs& shown);
 // A table to read.
 std::string beliefs_as_text(const model_beliefs& shown);
+// The model, the evidence and its probability; the expected utility of each utility node.
+nlohmann::ordered_json evidence_as_json(const model_beliefs& shown);
+nlohmann::ordered_json utilities_as_json(const model_beliefs& shown);
 // One object, described in docs/command.md. All is ASCII; numbers are in full precision, and null when not finite.
 std::string beliefs_as_json(const model_beliefs& shown);
 

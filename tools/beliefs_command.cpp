@@ -4,15 +4,13 @@
 
 #include <CLI/CLI.hpp>
 
+#include "arguments.h"
 #include "beliefs.h"
 #include "evidence.h"
-#include "node_list.h"
 #include "tool_failure.h"
 
 namespace tool {
 namespace {
-
-constexpr int evidence_limit = 1 << 20;
 
 constexpr const char* explanations =
     "Evidence:\n"
@@ -92,22 +90,14 @@ model_beliefs compute(model& asked, const beliefs_options& options, q_mode_t mod
 }  // namespace
 
 void add_beliefs_command(CLI::App& commands, beliefs_options& options) {
-    CLI::App* command = commands.add_subcommand("beliefs", "Print the beliefs of all nodes given evidence");
-    command->group("Commands");
-    command->add_option("MODEL", options.model, "The network, in the NET language")
-        ->type_name("FILE")
-        ->required();
-    command->add_option("-e,--evidence", options.evidence, "What is known of nodes, see below")
-        ->type_name("NODE=STATE ...")
-        // Extra arguments are for options without limit only, whose arguments are split when they are in brackets.
-        ->expected(1, evidence_limit)
-        ->allow_extra_args(false);
-    command->add_option("--mode", options.mode, "normal (the default) or fast-retraction")->type_name("MODE");
-    command->add_flag("--max", options.max, "Print a most probable configuration instead");
-    add_node_list(*command, "-n,--nodes", options.nodes, "Print these nodes only, in this order");
-    command->add_option("--top", options.top, "Print the N nodes that evidence moved most")->type_name("N");
-    command->add_flag("--json", options.json, "Print JSON, with numbers in full precision");
-    command->footer(explanations);
+    CLI::App& command = add_command(commands, "beliefs", "Print the beliefs of all nodes given evidence",
+                                    options.model, explanations);
+    add_evidence(command, options.evidence);
+    command.add_option("--mode", options.mode, "normal (the default) or fast-retraction")->type_name("MODE");
+    command.add_flag("--max", options.max, "Print a most probable configuration instead");
+    add_node_list(command, "-n,--nodes", options.nodes, "Print these nodes only, in this order");
+    command.add_option("--top", options.top, "Print the N nodes that evidence moved most")->type_name("N");
+    command.add_flag("--json", options.json, "Print JSON, with numbers in full precision");
 }
 
 std::string run_beliefs(const beliefs_options& options) {

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "beliefs.h"
+#include "json_text.h"
 
 namespace tool {
 namespace {
@@ -29,24 +30,33 @@ ordered_json as_json(const node_beliefs& node) {
 
 }  // namespace
 
-std::string beliefs_as_json(const model_beliefs& shown) {
-    // Names are distinct, so they are added without looking for them, which would take longer for each.
+ordered_json evidence_as_json(const model_beliefs& shown) {
+    // Names are distinct, here and below, so they are added without looking for them, which would take longer for each.
     ordered_json::object_t evidence;
-    ordered_json::object_t beliefs;
-    ordered_json::object_t utilities;
-    ordered_json::object_t configuration;
     for (const node_evidence& entered : shown.evidence) evidence.push_back({entered.node, as_json(entered)});
+    return {{"model", shown.model},
+            {"evidence", evidence},
+            {"log_p", shown.of_evidence.log_p},
+            {"p", shown.of_evidence.p}};
+}
+
+ordered_json utilities_as_json(const model_beliefs& shown) {
+    ordered_json::object_t utilities;
+    for (const node_beliefs& node : shown.nodes)
+        if (node.category == q_category_utility)
+            utilities.push_back({node.node, node.expected_utilities.front()});
+    return utilities;
+}
+
+std::string beliefs_as_json(const model_beliefs& shown) {
+    ordered_json::object_t beliefs;
+    ordered_json::object_t configuration;
     for (const node_beliefs& node : shown.nodes)
         if (node.configured)
             configuration.push_back({node.node, node.states[*node.configured]});
-        else if (node.category == q_category_utility)
-            utilities.push_back({node.node, node.expected_utilities.front()});
-        else
+        else if (node.category != q_category_utility)
             beliefs.push_back({node.node, as_json(node)});
-    ordered_json document = {{"model", shown.model},
-                             {"evidence", evidence},
-                             {"log_p", shown.of_evidence.log_p},
-                             {"p", shown.of_evidence.p}};
+    ordered_json document = evidence_as_json(shown);
     if (shown.of_configuration) {
         document["configuration"] = configuration;
         document["log_p_configuration"] = shown.of_configuration->log_p;
@@ -56,11 +66,10 @@ std::string beliefs_as_json(const model_beliefs& shown) {
     }
     if (shown.mode == q_mode_fast_retraction) document["mode"] = "fast-retraction";
     if (shown.expected_utility) {
-        document["utilities"] = utilities;
+        document["utilities"] = utilities_as_json(shown);
         document["expected_utility"] = *shown.expected_utility;
     }
-    // In ASCII, as labels may hold control characters; and bytes that are not UTF-8.
-    return document.dump(2, ' ', true, ordered_json::error_handler_t::replace) + "\n";
+    return json_text(document);
 }
 
 }  // namespace tool

@@ -1,42 +1,14 @@
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cmath>
 
 #include "beliefs.h"
 #include "terminal.h"
+#include "text_columns.h"
 
 namespace tool {
 namespace {
 
 constexpr const char* utility_title = "expected";
-
-// Six significant digits, in any locale.
-std::string format_number(double value) {
-    std::array<char, 32> text{};
-    const auto result =
-        std::to_chars(text.data(), text.data() + text.size(), value + 0.0, std::chars_format::general, 6);
-    return {text.data(), result.ptr};
-}
-
-// Columns that UTF-8 text takes, roughly: its characters, not its bytes.
-size_t width_of(const std::string& text) {
-    return static_cast<size_t>(
-        std::ranges::count_if(text, [](unsigned char c) { return (c & 0xC0U) != 0x80U; }));
-}
-
-std::string padded(std::string text, size_t width) {
-    const size_t present = width_of(text);
-    if (present < width) text.append(width - present, ' ');
-    return text;
-}
-
-// A state that goes by its index is shown with its label all the same.
-std::string title(const node_beliefs& node, size_t state) {
-    const std::string& name = node.states[state];
-    const std::string& label = node.labels[state];
-    return visible(label.empty() || label == name ? name : name + " " + label);
-}
 
 size_t widest_title(const model_beliefs& shown) {
     size_t widest = 0;
@@ -56,29 +28,10 @@ std::string evidence_note(const node_evidence& entered) {
     return text.empty() ? text : "  [evidence:" + text + "]";
 }
 
-std::string heading(const node_beliefs& node) {
-    std::string text = node.node;
-    if (!node.label.empty() && node.label != node.node) text.append(" (").append(node.label).append(")");
-    if (node.category == q_category_decision) text += "  [decision]";
-    text += evidence_note(node.entered);
-    if (node.moved)
-        text.append("  [moved ")
-            .append(format_number(*node.moved))
-            .append(node.states.empty() ? " SD]" : "]");
-    if (node.moments && !node.states.empty())
-        text.append("  [mean ")
-            .append(format_number(node.moments->mean))
-            .append(", SD ")
-            .append(format_number(std::sqrt(node.moments->variance)))
-            .append("]");
-    return visible_line(text);
-}
-
 std::string number_line(const std::string& name, size_t width, double value) {
     return "  " + padded(name, width) + format_number(value) + "\n";
 }
 
-// Sums that cancel leave rounding errors, which are nothing beside the largest of all.
 double largest_utility(const model_beliefs& shown) {
     double largest = 0;
     for (const node_beliefs& node : shown.nodes)
@@ -127,6 +80,46 @@ std::string probability_lines(const std::string& name, const probability& shown,
 
 }  // namespace
 
+std::string title(const node_beliefs& node, size_t state) {
+    const std::string& name = node.states[state];
+    const std::string& label = node.labels[state];
+    return visible(label.empty() || label == name ? name : name + " " + label);
+}
+
+std::string heading(const node_beliefs& node) {
+    std::string text = node.node;
+    if (!node.label.empty() && node.label != node.node) text.append(" (").append(node.label).append(")");
+    if (node.category == q_category_decision) text += "  [decision]";
+    text += evidence_note(node.entered);
+    if (node.moved)
+        text.append("  [moved ")
+            .append(format_number(*node.moved))
+            .append(node.states.empty() ? " SD]" : "]");
+    if (node.moments && !node.states.empty())
+        text.append("  [mean ")
+            .append(format_number(node.moments->mean))
+            .append(", SD ")
+            .append(format_number(std::sqrt(node.moments->variance)))
+            .append("]");
+    return visible_line(text);
+}
+
+std::string nodes_as_text(const model_beliefs& shown) {
+    const size_t width = widest_title(shown) + 2;
+    const double largest = largest_utility(shown);
+    std::string text;
+    for (const node_beliefs& node : shown.nodes) text += node_as_text(node, width, largest);
+    return text;
+}
+
+std::string evidence_as_text(const model_beliefs& shown, size_t width) {
+    return probability_lines("evidence", shown.of_evidence, width);
+}
+
+std::string format_utility(double utility, const model_beliefs& shown) {
+    return format_utility(utility, largest_utility(shown));
+}
+
 std::string beliefs_as_text(const model_beliefs& shown) {
     std::string text;
     if (shown.of_configuration) {
@@ -136,14 +129,11 @@ std::string beliefs_as_text(const model_beliefs& shown) {
                probability_lines("configuration and evidence", *shown.of_configuration, name_width) +
                probability_lines("evidence", shown.of_evidence, name_width);
     }
-    const size_t width = widest_title(shown) + 2;
-    const double largest = largest_utility(shown);
-    for (const node_beliefs& node : shown.nodes) text += node_as_text(node, width, largest);
     constexpr size_t name_width = 18;
-    text += probability_lines("evidence", shown.of_evidence, name_width);
+    text += nodes_as_text(shown) + evidence_as_text(shown, name_width);
     if (shown.expected_utility)
         text +=
-            padded("expected utility", name_width) + format_utility(*shown.expected_utility, largest) + "\n";
+            padded("expected utility", name_width) + format_utility(*shown.expected_utility, shown) + "\n";
     if (shown.mode == q_mode_fast_retraction)
         text +=
             padded("mode", name_width) + "fast retraction: beliefs given the evidence on all other nodes\n";

@@ -11,7 +11,8 @@
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
-#include "model.h"
+#include "arguments.h"
+#include "json_text.h"
 #include "tool_failure.h"
 
 namespace tool {
@@ -135,16 +136,12 @@ void require_done(q_status_t status, const compile_options& options) {
 }  // namespace
 
 void add_compile_command(CLI::App& commands, compile_options& options) {
-    CLI::App* command = commands.add_subcommand("compile", "Print how large the tables of a model are");
-    command->group("Commands");
-    command->add_option("MODEL", options.model, "The network, in the NET language")
-        ->type_name("FILE")
-        ->required();
-    command->add_option("-m,--method", options.method, "How to triangulate, see below (best-greedy)")
+    CLI::App& command = add_command(commands, "compile", "Print how large the tables of a model are",
+                                    options.model, explanations);
+    command.add_option("-m,--method", options.method, "How to triangulate, see below (best-greedy)")
         ->type_name("NAME");
-    command->add_option("--log", options.log, "The file that a trace is written to")->type_name("FILE");
-    command->add_flag("--json", options.json, "Print JSON");
-    command->footer(explanations);
+    command.add_option("--log", options.log, "The file that a trace is written to")->type_name("FILE");
+    command.add_flag("--json", options.json, "Print JSON");
 }
 
 std::string run_compile(const compile_options& options) {
@@ -163,8 +160,7 @@ std::string run_compile(const compile_options& options) {
     report["read_ms"] = read;
     report["triangulate_ms"] = triangulate;
     report["compile_ms"] = status == q_error_none ? ordered_json(compile) : ordered_json();
-    std::string text = options.json ? report.dump(2, ' ', true, ordered_json::error_handler_t::replace) + "\n"
-                                    : as_text(report);
+    std::string text = options.json ? json_text(report) : as_text(report);
     if (status != q_error_none && status != q_error_io) std::fputs(text.c_str(), stdout);
     require_done(status, options);
     return text;

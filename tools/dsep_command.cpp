@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include <CLI/CLI.hpp>
-#include <nlohmann/json.hpp>
 
-#include "node_list.h"
+#include "arguments.h"
+#include "json_text.h"
 #include "terminal.h"
 #include "tool_failure.h"
 
@@ -63,25 +63,20 @@ std::string as_json(const names& connected, const names& separated, const dsep_o
     const nlohmann::ordered_json document = {{"model", options.model},   {"sources", options.sources},
                                              {"given", options.given},   {"soft", options.soft},
                                              {"d_connected", connected}, {"d_separated", separated}};
-    // In ASCII, and in spite of bytes in the name of the file that are not UTF-8.
-    return document.dump(2, ' ', true, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    return json_text(document);
 }
 
 }  // namespace
 
 void add_dsep_command(CLI::App& commands, dsep_options& options) {
-    CLI::App* command =
-        commands.add_subcommand("dsep", "Print which nodes are d-connected to others, and which d-separated");
-    command->group("Commands");
-    command->add_option("MODEL", options.model, "The network, in the NET language")
-        ->type_name("FILE")
+    CLI::App& command =
+        add_command(commands, "dsep", "Print which nodes are d-connected to others, and which d-separated",
+                    options.model, explanations);
+    add_node_list(command, "-s,--source", options.sources, "The nodes that something is learnt of")
         ->required();
-    add_node_list(*command, "-s,--source", options.sources, "The nodes that something is learnt of")
-        ->required();
-    add_node_list(*command, "-g,--given", options.given, "Nodes that are observed");
-    add_node_list(*command, "--soft", options.soft, "Nodes on which there is a likelihood");
-    command->add_flag("--json", options.json, "Print JSON");
-    command->footer(explanations);
+    add_node_list(command, "-g,--given", options.given, "Nodes that are observed");
+    add_node_list(command, "--soft", options.soft, "Nodes on which there is a likelihood");
+    command.add_flag("--json", options.json, "Print JSON");
 }
 
 std::string run_dsep(const dsep_options& options) {

@@ -13,6 +13,7 @@
 #include "beliefs_command.h"
 #include "compile_command.h"
 #include "dsep_command.h"
+#include "solve_command.h"
 #include "terminal.h"
 #include "tool_failure.h"
 
@@ -72,6 +73,8 @@ exit_status run(int argument_count, char** arguments) {
     tool::add_compile_command(commands, compile);
     tool::dsep_options dsep;
     tool::add_dsep_command(commands, dsep);
+    tool::solve_options solve;
+    tool::add_solve_command(commands, solve);
     std::vector<std::string> words = read_words(argument_count, arguments);
     require_known_command(commands, words);
     std::ranges::reverse(words);  // as the parser wants them
@@ -81,6 +84,7 @@ exit_status run(int argument_count, char** arguments) {
         return finish_parsing(commands, stopped);
     }
     if (commands.get_subcommands().empty()) throw tool::usage_failure("no command is given");
+    if (commands.got_subcommand("solve")) return print(tool::run_solve(solve));
     if (commands.got_subcommand("compile")) return print(tool::run_compile(compile));
     return print(commands.got_subcommand("dsep") ? tool::run_dsep(dsep) : tool::run_beliefs(beliefs));
 }

@@ -97,6 +97,14 @@ void model::compute(q_equilibrium_t equilibrium, q_mode_t mode) {
     fail_with_library_error(file_, code);
 }
 
+std::vector<q_node_t> conditioning_nodes(q_node_t node) {
+    std::vector<q_node_t> nodes;
+    const q_node_t* member = q_table_get_nodes(q_node_get_table(node));
+    for (; member != nullptr && *member != nullptr; ++member) nodes.push_back(*member);
+    if (!nodes.empty()) nodes.pop_back();  // the node itself
+    return nodes;
+}
+
 std::string sort_of(q_node_t node) {
     switch (q_node_get_category(node)) {
     case q_category_decision: return "a decision";

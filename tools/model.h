@@ -36,6 +36,9 @@ private:
     std::vector<q_node_t> nodes_;
 };
 
+// The discrete parents of a discrete node as they stand in its table, the last one varying fastest.
+std::vector<q_node_t> conditioning_nodes(q_node_t node);
+
 // "a decision", "continuous", and so on.
 std::string sort_of(q_node_t node);
 

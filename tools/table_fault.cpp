@@ -46,15 +46,6 @@ std::string condition_of(std::span<const q_node_t> parents, size_t row, size_t r
     return text;
 }
 
-// The nodes of the table but the last, which is the node itself.
-std::vector<q_node_t> conditioning_nodes(q_table_t table) {
-    std::vector<q_node_t> nodes;
-    for (const q_node_t* node = q_table_get_nodes(table); node != nullptr && *node != nullptr; ++node)
-        nodes.push_back(*node);
-    if (!nodes.empty()) nodes.pop_back();
-    return nodes;
-}
-
 std::string find_fault(q_node_t node) {
     const q_category_t category = q_node_get_category(node);
     const bool has_distributions = category == q_category_chance || category == q_category_decision;
@@ -68,7 +59,7 @@ std::string find_fault(q_node_t node) {
         const fault found = find_fault(node, {entries + row * states, states});
         if (found.problem == nullptr) continue;
         return std::string("node ") + q_node_get_name(node) + ": " + found.subject +
-               condition_of(conditioning_nodes(table), row, rows) + " " + found.problem;
+               condition_of(conditioning_nodes(node), row, rows) + " " + found.problem;
     }
     return "";
 }

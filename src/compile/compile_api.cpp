@@ -1,6 +1,7 @@
 #include "api_frame.h"
 #include "compilation.h"
 #include "junction_forest.h"
+#include "limid_reduction.h"
 #include "node.h"
 
 using namespace quarn;
@@ -106,4 +107,8 @@ q_junction_tree_t q_node_get_junction_tree(q_node_t node) {
         require(forest != nullptr && forest->of(*node).tree != nullptr, q_error_not_compiled);
         return forest->of(*node).tree;
     });
+}
+
+size_t q_domain_minimize_limid(q_domain_t domain) {
+    return api_call<size_t>(no_size, {domain}, [&] { return minimize_limid(*domain); });
 }

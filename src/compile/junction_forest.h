@@ -23,6 +23,7 @@ namespace quarn {
 
 using clique = ::q_clique;
 using junction_tree = ::q_junction_tree;
+struct compiled_node;
 
 // How large a table is: that over the discrete nodes, and how many continuous nodes it has for each configuration.
 struct table_size {
@@ -129,6 +130,7 @@ struct q_junction_tree {
     std::vector<quarn::separator*> separators;  // of the cliques but the root, in the same order
     quarn::handle_list<q_node> nodes;           // those with a kind that are not excluded, in creation order
 
+    std::vector<quarn::compiled_node*> excluded;  // whose tables go into the tree, or at least numbers
     bool has_utilities = false;
     bool has_continuous_nodes = false;
 
@@ -211,6 +213,10 @@ struct junction_forest final : compiled_state {
     number_array beliefs;
     number_array propagated_weights;  // they count where the index is findings::general, but are always right
     number_array expected_utilities;  // empty in a domain without utility nodes
+    number_array retraction_weights;  // evidence, the largest of a node 1; made for the first fast retraction
+
+    std::size_t table_numbers =
+        0;  // in all tables of cliques and separators; 0: not counted since they were made
 
     // Room for two tables as large as the largest separator, or parents of a utility, or the states of any node.
     number_array scratch;

@@ -92,14 +92,18 @@ private:
     }
 
     // An excluded node whose table has nothing left goes with its first child outside the list, or the first tree.
-    void place_excluded() noexcept {
+    void place_excluded() {
         for (std::size_t i = forest_.vertex_count; i < forest_.nodes.size(); ++i) {
             compiled_node& placed = forest_.nodes[i];
-            if (placed.home != nullptr) continue;
+            if (placed.home != nullptr) {
+                placed.tree->excluded.push_back(&placed);
+                continue;
+            }
             placed.tree = forest_.trees.front().get();
             const auto child = std::ranges::find_if(placed.owner->children,
                                                     [&](const node* tested) { return is_vertex(*tested); });
             if (child != placed.owner->children.end()) placed.tree = forest_.of(**child).tree;
+            placed.tree->excluded.push_back(&placed);
         }
     }
 

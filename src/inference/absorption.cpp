@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <optional>
+#include <functional>
+#include <vector>
 
 #include "errors.h"
 #include "evidence.h"
@@ -18,8 +19,8 @@ bool extends(const findings_view& propagated, const findings_view& entered, std:
     if (propagated.index == findings::none) return true;
     if (propagated.index >= 0) return entered.index == propagated.index || states == 1;
     for (std::size_t state = 0; state < states; ++state) {
-        const double weight = entered.weight(state), old = propagated.weight(state);
-        if (weight > 0 && !(old > smallest_exact && std::isfinite(weight / old))) return false;
+        const double weight = entered.weight(state), quotient = weight / propagated.weight(state);
+        if (weight > 0 && !(quotient >= smallest_exact && std::isfinite(quotient))) return false;
     }
     return true;
 }
@@ -40,7 +41,10 @@ void multiply_in(const tree_context& in, compiled_node& changed) {
     }
     const double largest = magnitudes_of(factors.data(), factors.size()).largest;
     require(largest > 0, q_error_inconsistency_or_underflow);
-    std::ranges::for_each(factors, [&](double& factor) { factor /= largest; });
+    for (std::size_t state = 0; state < factors.size(); ++state) {
+        factors[state] /= largest;
+        if (entered.weight(state) > 0 && factors[state] < smallest_exact) in.tree.is_extensible = false;
+    }
     count_in(in.tree, largest);
     multiply_into(in, *changed.best, changed.in_best, factors);
 }
@@ -52,6 +56,23 @@ void take_over(const tree_context& in, compiled_node& changed) noexcept {
     changed.propagated_index = entered.index;
 }
 
+void weigh_for_retraction(const tree_context& in, compiled_node& changed) noexcept {
+    const std::span<double> weights = in.forest.states_of(changed, in.forest.propagated_weights);
+    const double largest = *std::ranges::max_element(weights);
+    std::ranges::transform(weights, in.forest.states_of(changed, in.forest.retraction_weights).begin(),
+                           [&](double weight) { return largest > 0 ? weight / largest : 0; });
+}
+
+// The values to be observed, those first that are nearest to the root: the others then depend on no node that is not.
+std::vector<compiled_node*> values_to_absorb(const tree_context& in) {
+    std::vector<compiled_node*> observed;
+    for (node* member : in.tree.nodes)
+        if (member->is_continuous() && member->value_is_entered && has_evidence_to_propagate(*member))
+            observed.push_back(&in.forest.of(*member));
+    std::ranges::stable_sort(observed, std::greater(), [](const compiled_node* n) { return n->top->number; });
+    return observed;
+}
+
 }  // namespace
 
 bool extends_propagated(const junction_forest& forest, const junction_tree& tree) noexcept {
@@ -59,6 +80,7 @@ bool extends_propagated(const junction_forest& forest, const junction_tree& tree
 }
 
 bool decisions_changed(const junction_forest& forest, const junction_tree& tree) noexcept {
+    if (tree.root->members[0]->domain->counts.of_category(q_category_decision) == 0) return false;
     return std::ranges::any_of(tree.nodes, [&](const node* member) {
         return member->is(q_category_decision) &&
                forest.of(*member).policy_is_left_out != (member->evidence.index != findings::none);
@@ -71,23 +93,34 @@ void absorb_findings(const tree_context& in, q_mode_t mode) {
         compiled_node& changed = in.forest.of(*member);
         if (mode == q_mode_normal) multiply_in(in, changed);
         take_over(in, changed);
+        if (mode == q_mode_fast_retraction) weigh_for_retraction(in, changed);
         changed.best->is_active = true;
     }
 }
 
-void absorb_values(const tree_context& in) {
-    std::optional<log_weights> weights;
+void absorb_findings_as_logarithms(const tree_context& in) {
     for (node* member : in.tree.nodes) {
-        if (!member->value_is_entered || !member->is_continuous() || !has_evidence_to_propagate(*member))
-            continue;
-        compiled_node& observed = in.forest.of(*member);
-        if (!weights) weights.emplace(in);
-        const bool excludes = observe(in, observed, member->entered_value);
-        observed.value_is_propagated = true;
-        observed.propagated_value = member->entered_value;
-        if (excludes) weights->calibrate();
+        if (!member->is_discrete() || !has_evidence_to_propagate(*member)) continue;
+        compiled_node& changed = in.forest.of(*member);
+        take_over(in, changed);
+        add_logarithms(in, *changed.best, changed.in_best,
+                       in.forest.states_of(changed, in.forest.propagated_weights));
     }
-    if (weights) weights->restore();
+}
+
+void absorb_values(const tree_context& in) {
+    const std::vector<compiled_node*> observed = values_to_absorb(in);
+    if (observed.empty()) return;
+    log_weights weights(in);
+    weights.take();
+    for (compiled_node* next : observed) {
+        const double value = next->owner->entered_value;
+        const bool excludes = observe(in, *next, value);
+        next->value_is_propagated = true;
+        next->propagated_value = value;
+        if (excludes) weights.calibrate();
+    }
+    weights.restore();
 }
 
 }  // namespace quarn

@@ -5,8 +5,7 @@
 
 namespace quarn {
 
-// Whether the tables can take in the entered evidence: nothing that they hold is given up but likelihoods without zeros,
-// and the policies left out of them are those of the decisions that are made.
+// Whether the tables can take in the entered evidence: nothing that they hold is given up but likelihoods without zeros.
 bool extends_propagated(const junction_forest& forest, const junction_tree& tree) noexcept;
 
 // Whether decisions were made or opened, so that the policies in the tables are not the right ones.
@@ -16,6 +15,9 @@ bool decisions_changed(const junction_forest& forest, const junction_tree& tree)
 // tell. In normal mode it is multiplied into these, divided by what was there; fails with
 // q_error_inconsistency_or_underflow when nothing is left. In fast retraction mode the messages take it along.
 void absorb_findings(const tree_context& in, q_mode_t mode);
+
+// The same in normal mode, into weights that are logarithms; nothing is lost, and nothing marked.
+void absorb_findings_as_logarithms(const tree_context& in);
 
 // Observes the values entered on continuous nodes, the weights of all cliques being right; marks all cliques active when
 // they are not any more. Fails as observe() does.

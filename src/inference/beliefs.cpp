@@ -24,8 +24,7 @@ public:
         if (in_.tree.has_continuous_nodes) distribute_moments(in_);
         for (clique* home : in_.tree.cliques)
             for (const assigned_table& assigned : home->utility_tables) update_utility(*home, assigned);
-        for (compiled_node& excluded : forest_.excluded())
-            if (excluded.tree == &in_.tree) update_excluded(excluded);
+        for (compiled_node* excluded : in_.tree.excluded) update_excluded(*excluded);
     }
 
 private:
@@ -67,7 +66,8 @@ private:
         const double constant = equilibrium_ == q_equilibrium_sum
                                     ? sum_of(beliefs.data(), beliefs.size())
                                     : magnitudes_of(beliefs.data(), beliefs.size()).largest;
-        require(constant >= smallest_exact, q_error_normalization);
+        require(constant >= smallest_exact && constant < std::numeric_limits<double>::max(),
+                q_error_normalization);
         std::ranges::for_each(beliefs, [&](double& belief) { belief /= constant; });
     }
 

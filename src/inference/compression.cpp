@@ -14,7 +14,9 @@
 #include "beliefs.h"
 #include "errors.h"
 #include "initial_tables.h"
+#include "propagation.h"
 #include "table_operations.h"
+#include "table_validation.h"
 #include "walk.h"
 
 namespace quarn {
@@ -163,17 +165,19 @@ double compress(domain& compressed) {
     require(forest != nullptr, q_error_not_compiled);
     for (const auto& tree : forest->trees)
         require(tree->equilibrium != q_equilibrium_none, q_error_no_equilibrium);
-    restore_all(*forest, compressed.workers);
+    for (const auto& tree : forest->trees)
+        std::ranges::for_each(tree->nodes, [](node* n) { validate_distributions(*n); });
     const double before = bytes_of(*forest);
     try {
+        restore_all(*forest, compressed.workers);
         compression prepared(*forest, compressed.workers);
         prepared.prepare();
         prepared.commit();
+        restore_all(*forest, {});
     } catch (...) {
-        restore_all(*forest, {});  // as before, which needs no memory
+        for (const auto& tree : forest->trees) recover({*forest, *tree, {}});
         throw;
     }
-    restore_all(*forest, {});
     return bytes_of(*forest) / before;
 }
 

@@ -27,8 +27,7 @@ void change_evidence(node& changed, const Change& change) noexcept {
 template <class Visit>
 void for_each_node_of(const junction_forest& forest, const junction_tree& tree, const Visit& visit) noexcept {
     for (const node* member : tree.nodes) visit(forest.of(*member));
-    for (const compiled_node& excluded : std::span(forest.nodes).subspan(forest.vertex_count))
-        if (excluded.tree == &tree) visit(excluded);
+    for (const compiled_node* excluded : tree.excluded) visit(*excluded);
 }
 
 void retract(node& observed) noexcept {

@@ -1,5 +1,6 @@
 #include "api_frame.h"
 #include "compression.h"
+#include "policy_updating.h"
 #include "propagation.h"
 
 using namespace quarn;
@@ -18,4 +19,8 @@ q_status_t q_clique_propagate(q_clique_t clique, q_equilibrium_t equilibrium, q_
 
 q_number_t q_domain_compress(q_domain_t domain) {
     return api_call<q_number_t>(-1.0, {domain}, [&] { return compress(*domain); });
+}
+
+q_status_t q_domain_update_policies(q_domain_t domain) {
+    return api_status({domain}, [&] { update_policies(*domain); });
 }

@@ -16,9 +16,11 @@ namespace {
 
 constexpr std::size_t most_saved_numbers = (std::size_t{256} << 20) / sizeof(double);
 
-bool leaves_out(const node& decision, policies taken) noexcept {
-    return decision.is(q_category_decision) && taken == policies::of_open_decisions &&
-           decision.evidence.index != findings::none;
+// An excluded decision has always been made.
+bool leaves_out(const junction_forest& forest, const node& owner, policies taken) noexcept {
+    if (!owner.is(q_category_decision)) return false;
+    if (owner.vertex >= forest.vertex_count || taken == policies::none) return true;
+    return taken == policies::of_open_decisions && owner.evidence.index != findings::none;
 }
 
 // Goes through everything that a saved copy holds, in order.
@@ -58,9 +60,10 @@ double known_prior(const tree_context& in) noexcept {
     return prior;
 }
 
-void clear_tables(junction_tree& tree) noexcept {
+void clear_tables(junction_tree& tree, number_scale scale) noexcept {
+    const double one = scale == number_scale::linear ? 1 : 0;
     for (clique* cleared : tree.cliques) {
-        std::ranges::fill(cleared->weights(), 1.0);
+        std::ranges::fill(cleared->weights(), one);
         std::ranges::fill(cleared->utilities, 0.0);
         cleared->smallest_entry = 1;
         if (cleared->cg_table == nullptr) continue;
@@ -68,33 +71,36 @@ void clear_tables(junction_tree& tree) noexcept {
         std::ranges::fill(cleared->cg_table->roles, cg_role::unknown);
     }
     for (separator* cleared : tree.separators) {
-        std::ranges::fill(cleared->table, 1.0);
+        std::ranges::fill(cleared->table, one);
         std::ranges::fill(cleared->utilities, 0.0);
     }
 }
 
 void validate_tables(const tree_context& in) {
     for (node* member : in.tree.nodes) validate_distributions(*member);
-    for (const compiled_node& excluded : in.forest.excluded())
-        if (excluded.tree == &in.tree) validate_distributions(*excluded.owner);
+    for (const compiled_node* excluded : in.tree.excluded) validate_distributions(*excluded->owner);
+    for (clique* home : in.tree.cliques)
+        for (const assigned_table& assigned : home->utility_tables) validate_utilities(*assigned.owner);
 }
 
-void take_table(const tree_context& in, clique& home, assigned_table& assigned, policies taken) {
+void take_table(const tree_context& in, clique& home, assigned_table& assigned, policies taken,
+                number_scale scale) {
     node& owner = *assigned.owner;
     compiled_node& compiled = in.forest.of(owner);
     update_slice(in.forest, assigned);
-    compiled.policy_is_left_out = leaves_out(owner, taken);
+    compiled.policy_is_left_out = leaves_out(in.forest, owner, taken);
     if (compiled.policy_is_left_out) return;
     const table& numbers = assigned.numbers();
     if (numbers.continuous_count() > 0)
         combine_moments(in, home, assigned);
+    else if (scale == number_scale::logarithmic)
+        add_logarithms(in, home, assigned.in_clique, numbers.data.span());
     else
         multiply_into(in, home, assigned.in_clique, numbers.data.span());
 }
 
 void take_utilities(const tree_context& in, clique& home, assigned_table& assigned) {
     update_slice(in.forest, assigned);
-    assigned.owner->own_table->materialise();
     add(*assigned.in_clique.loops(), home.utilities.data(), assigned.numbers().data.data(), in.workers);
 }
 
@@ -112,29 +118,28 @@ void reset_tree(const tree_context& in) noexcept {
         reset.value_is_propagated = false;
         std::ranges::fill(in.forest.states_of(reset, in.forest.propagated_weights), 1.0);
     }
-    for (compiled_node& excluded : in.forest.excluded()) {
-        if (excluded.tree != &in.tree) continue;
-        excluded.propagated_index = excluded.owner->evidence.index;
-        const std::span<double> weights = in.forest.states_of(excluded, in.forest.propagated_weights);
+    for (compiled_node* excluded : in.tree.excluded) {
+        excluded->propagated_index = excluded->owner->evidence.index;
+        const std::span<double> weights = in.forest.states_of(*excluded, in.forest.propagated_weights);
         for (std::size_t state = 0; state < weights.size(); ++state)
-            weights[state] = excluded.owner->evidence.weight(state);
+            weights[state] = excluded->owner->evidence.weight(state);
     }
     update_evidence_flags(in.forest, in.tree);
     count_changed_evidence(in.forest, in.tree);
 }
 
-void fill_tables(const tree_context& in, policies taken) {
+void fill_tables(const tree_context& in, policies taken, number_scale scale) {
     validate_tables(in);
     in.tree.saved.reset();
-    clear_tables(in.tree);
+    clear_tables(in.tree, scale);
     for (clique* home : in.tree.cliques) {
-        for (assigned_table& assigned : home->tables) take_table(in, *home, assigned, taken);
+        for (assigned_table& assigned : home->tables) take_table(in, *home, assigned, taken, scale);
         for (assigned_table& assigned : home->utility_tables) take_utilities(in, *home, assigned);
     }
-    for (compiled_node& excluded : in.forest.excluded()) {
-        if (excluded.tree != &in.tree || excluded.home != nullptr) continue;
-        const double number = remaining_number(in.forest, excluded);
-        if (leaves_out(*excluded.owner, taken)) continue;
+    for (compiled_node* excluded : in.tree.excluded) {
+        if (excluded->home != nullptr) continue;
+        const double number = remaining_number(in.forest, *excluded);
+        if (leaves_out(in.forest, *excluded->owner, taken)) continue;
         require_exact(number);
         count_in(in.tree, number);
     }
@@ -163,7 +168,7 @@ void forget_rounding(junction_tree& tree) noexcept {
 bool copy_is_current(const tree_context& in, policies taken) noexcept {
     return in.tree.saved != nullptr && !in.tree.tables_changed && !has_stale_slice(in.forest, in.tree) &&
            std::ranges::all_of(in.tree.nodes, [&](const node* member) {
-               return in.forest.of(*member).policy_is_left_out == leaves_out(*member, taken);
+               return in.forest.of(*member).policy_is_left_out == leaves_out(in.forest, *member, taken);
            });
 }
 
@@ -179,10 +184,10 @@ void restore_tables(const tree_context& in) noexcept {
     forget_rounding(in.tree);
 }
 
-bool may_save_tables(const junction_forest& forest) noexcept {
-    std::size_t total = 0;
-    for (const auto& tree : forest.trees) total += numbers_in(*tree);
-    return total < most_saved_numbers;
+bool may_save_tables(junction_forest& forest) noexcept {
+    if (forest.table_numbers == 0)
+        for (const auto& tree : forest.trees) forest.table_numbers += numbers_in(*tree);
+    return forest.table_numbers < most_saved_numbers;
 }
 
 void save_tables(const tree_context& in) noexcept {

@@ -5,16 +5,19 @@
 
 namespace quarn {
 
-// Whether the policy of a decision stays out of the tables: it is when the decision has been made.
-enum class policies { of_open_decisions, all };
+// Which decisions have their policies in the tables. Those that are made need none.
+enum class policies { none, of_open_decisions, all };
 
 // No evidence, no equilibrium; excluded nodes are as they are entered.
 void reset_tree(const tree_context& in) noexcept;
 
+// How the weights of cliques are held meanwhile.
+enum class number_scale { linear, logarithmic };
+
 // Multiplies the tables of the nodes into the cliques of a tree that was reset, after checking those that changed. Fails with
 // q_error_invalid_probability_potential, or with q_error_inconsistency_or_underflow when excluded nodes contradict each
 // other.
-void fill_tables(const tree_context& in, policies taken);
+void fill_tables(const tree_context& in, policies taken, number_scale scale = number_scale::linear);
 
 // The first propagation of filled tables: sum equilibrium, without evidence.
 void calibrate(const tree_context& in);
@@ -26,7 +29,7 @@ void forget_rounding(junction_tree& tree) noexcept;
 bool copy_is_current(const tree_context& in, policies taken) noexcept;
 void restore_tables(const tree_context& in) noexcept;
 // Keeps a copy of the tables, unless all tables of the domain together are too large or there is no memory.
-bool may_save_tables(const junction_forest& forest) noexcept;
+bool may_save_tables(junction_forest& forest) noexcept;
 void save_tables(const tree_context& in) noexcept;
 
 // All of it: sum equilibrium without evidence.

@@ -21,8 +21,8 @@ void for_each_weight(junction_tree& tree, const Change& change) {
 
 }  // namespace
 
-log_weights::log_weights(const tree_context& in) noexcept : in_(in) {
-    for_each_weight(in.tree, [](double weight) { return weight > 0 ? std::log(weight) : impossible; });
+void log_weights::take() noexcept {
+    for_each_weight(in_.tree, [](double weight) { return weight > 0 ? std::log(weight) : impossible; });
 }
 
 void log_weights::calibrate() {
@@ -41,7 +41,7 @@ void log_weights::send(separator& link, const table_map& in_sender, clique& from
     std::ranges::transform(marginal, link.table, link.table.begin(), [](double next, double last) {
         return next > impossible ? next - last : impossible;
     });
-    add(*in_receiver.loops(), to.weights().data(), link.table.data(), in_.workers);
+    add(in_receiver, to.weights().data(), link.table.data(), in_.workers);
     std::ranges::copy(marginal, link.table.begin());
 }
 

@@ -8,8 +8,10 @@ namespace quarn {
 
 class log_weights {
 public:
+    explicit log_weights(const tree_context& in) noexcept : in_(in) {}
+
     // Takes logarithms of the weights of all cliques and separators.
-    explicit log_weights(const tree_context& in) noexcept;
+    void take() noexcept;
 
     // Makes every weight that of the most probable configuration of all with it, so that what has become impossible in one
     // clique is impossible in the others.

@@ -168,11 +168,12 @@ void list_weights(const junction_forest& forest, const clique& from, std::span<n
         const compiled_node& removed = forest.of(*member);
         weights.push_back(removed.propagated_index == findings::none
                               ? nullptr
-                              : forest.propagated_weights.data() + removed.first_state);
+                              : forest.retraction_weights.data() + removed.first_state);
     }
 }
 
 void plan_retraction(junction_forest& forest, junction_tree& tree) {
+    if (forest.retraction_weights.empty()) forest.retraction_weights = forest.propagated_weights.copy();
     for (separator* link : tree.separators) {
         if (link->weighted != nullptr) continue;
         const auto kept = link->discrete_members();

@@ -121,9 +121,13 @@ private:
 };
 
 void insert_where_given(const tree_context& in, const compiled_node& observed, double value) {
-    for (clique* holder : in.tree.cliques) {
-        if (holder == observed.top || !holds(*holder, *observed.owner)) continue;
-        table& changed = *holder->cg_table;
+    std::vector<clique*> holders{observed.top};
+    for (std::size_t next = 0; next < holders.size(); ++next) {
+        clique& holder = *holders[next];
+        for (clique* neighbor : holder.neighbors)
+            if (neighbor->number < holder.number && holds(*neighbor, *observed.owner))
+                holders.push_back(neighbor);
+        table& changed = *holder.cg_table;
         const std::size_t position = changed.continuous_position(observed.owner);
         if (changed.roles[position] == cg_role::tail)
             insert_tail_evidence(changed, position, value, in.workers);

@@ -16,6 +16,7 @@
 #include "evidence.h"
 #include "free_will.h"
 #include "initial_tables.h"
+#include "log_weights.h"
 #include "message_passing.h"
 #include "moments.h"
 #include "table_slices.h"
@@ -40,6 +41,18 @@ public:
         }
     }
 
+    void recover() noexcept {
+        in_.workers = {};  // so that no memory is needed for threads
+        equilibrium_ = q_equilibrium_sum;
+        mode_ = q_mode_normal;
+        try {
+            restore_prior(in_, policies::all);
+            finish();
+        } catch (...) {  // the tables themselves are at fault, or there is no memory even for this
+            reset_tree(in_);
+        }
+    }
+
 private:
     bool is_up_to_date() const noexcept {
         return tree_.equilibrium == equilibrium_ && tree_.changed_evidence == 0 &&
@@ -48,38 +61,57 @@ private:
 
     bool must_start_again() const noexcept {
         if (tree_.equilibrium == q_equilibrium_none || tree_.tables_changed ||
-            has_stale_slice(in_.forest, tree_))
+            has_stale_slice(in_.forest, tree_) || decisions_changed(in_.forest, tree_))
             return true;
         if (tree_.mode != mode_ && tree_.evidence_is_propagated) return true;
         if (tree_.changed_evidence == 0) return false;
-        return !tree_.is_extensible || decisions_changed(in_.forest, tree_) ||
-               (mode_ == q_mode_normal && !extends_propagated(in_.forest, tree_));
+        return !tree_.is_extensible || (mode_ == q_mode_normal && !extends_propagated(in_.forest, tree_));
     }
 
-    // Evidence that cannot be taken in on top of other evidence perhaps can without it.
+    // Evidence that cannot be taken in on top of other evidence perhaps can without it, and what gets lost in ordinary
+    // numbers does not in logarithms.
     void update(bool starts_again) {
         if (!starts_again) {
             try {
-                return absorb();
+                if (absorb_exactly()) return;
             } catch (const failure&) {}
         }
         start_again();
+        if (absorb_exactly()) return;
+        start_in_logarithms();
         absorb();
+    }
+
+    // Returns whether nothing was lost.
+    bool absorb_exactly() {
+        try {
+            absorb();
+        } catch (const failure&) {
+            if (tree_.is_extensible || mode_ == q_mode_fast_retraction) throw;
+            return false;
+        }
+        const bool is_exact = tree_.is_extensible || !tree_.evidence_is_propagated;
+        require(is_exact || mode_ == q_mode_normal, q_error_fast_retraction);
+        return is_exact;
     }
 
     // From the tables without evidence; where no copy of these can be kept, evidence goes in before the first messages. In
     // a compressed domain some of what the tables allow may be left out: all that is left is certain.
     void start_again() {
         reset_tree(in_);
-        const bool needs_prior = mode_ == q_mode_fast_retraction || tree_.changed_evidence == 0;
-        if (needs_prior || may_save_tables(in_.forest) ||
-            (in_.forest.is_compressed && tree_.tables_changed)) {
-            restore_prior(in_, policies::of_open_decisions);
-            if (needs_prior || tree_.is_extensible) return;
-            reset_tree(in_);
-        }
+        if (mode_ == q_mode_fast_retraction || tree_.changed_evidence == 0 || may_save_tables(in_.forest) ||
+            (in_.forest.is_compressed && tree_.tables_changed))
+            return restore_prior(in_, policies::of_open_decisions);
         fill_tables(in_, policies::of_open_decisions);
         if (in_.forest.is_compressed) count_in(tree_, std::exp(-tree_.prior_excess));
+    }
+
+    void start_in_logarithms() {
+        reset_tree(in_);
+        fill_tables(in_, policies::of_open_decisions, number_scale::logarithmic);
+        if (in_.forest.is_compressed) count_in(tree_, std::exp(-tree_.prior_excess));
+        absorb_findings_as_logarithms(in_);
+        log_weights(in_).restore();
     }
 
     void absorb() {
@@ -105,20 +137,21 @@ private:
     void finish() {
         update_evidence_flags(in_.forest, tree_);
         count_changed_evidence(in_.forest, tree_);
-        if (!tree_.evidence_is_propagated && tree_.equilibrium == q_equilibrium_sum) forget_rounding(tree_);
+        if (tree_.equilibrium == q_equilibrium_sum) forget_rounding();
         update_results(in_, tree_.equilibrium, tree_.mode);
     }
 
-    void recover() noexcept {
-        in_.workers = {};  // so that no memory is needed for threads
-        equilibrium_ = q_equilibrium_sum;
-        mode_ = q_mode_normal;
-        try {
-            restore_prior(in_, policies::all);
-            finish();
-        } catch (...) {  // the tables themselves are at fault, or there is no memory even for this
-            reset_tree(in_);
-        }
+    // What is known beforehand is known to the bit: nothing but decisions is given.
+    void forget_rounding() noexcept {
+        if (!tree_.evidence_is_propagated) return quarn::forget_rounding(tree_);
+        const auto is_free_or_made = [&](const node* member) {
+            const compiled_node& compiled = in_.forest.of(*member);
+            return compiled.policy_is_left_out ||
+                   (compiled.propagated_index == findings::none && !compiled.value_is_propagated);
+        };
+        if (!in_.forest.excluded().empty() || !std::ranges::all_of(tree_.nodes, is_free_or_made)) return;
+        tree_.normalization = 1;
+        tree_.log_normalization = 0;
     }
 
     tree_context in_;
@@ -153,7 +186,7 @@ void propagate(domain& compiled, q_equilibrium_t equilibrium, q_mode_t mode) {
     for (const auto& tree : forest->trees) require_free_will(compiled, *tree);
     require_excluded_are_instantiated(compiled);
     for (const auto& tree : forest->trees)
-        tree_propagation({*forest, *tree, compiled.workers}, equilibrium, mode, nullptr).run();
+        propagate_tree({*forest, *tree, compiled.workers}, equilibrium, mode);
 }
 
 void propagate(junction_tree& tree, clique* root, q_equilibrium_t equilibrium, q_mode_t mode) {
@@ -165,7 +198,15 @@ void propagate(junction_tree& tree, clique* root, q_equilibrium_t equilibrium, q
     require(mode == q_mode_normal || !forest->is_compressed, q_error_compressed);
     require_free_will(compiled, tree);
     require_excluded_are_instantiated(compiled);
-    tree_propagation({*forest, tree, compiled.workers}, equilibrium, mode, root).run();
+    propagate_tree({*forest, tree, compiled.workers}, equilibrium, mode, root);
+}
+
+void propagate_tree(const tree_context& in, q_equilibrium_t equilibrium, q_mode_t mode, clique* root) {
+    tree_propagation(in, equilibrium, mode, root).run();
+}
+
+void recover(const tree_context& in) noexcept {
+    tree_propagation(in, q_equilibrium_sum, q_mode_normal, nullptr).recover();
 }
 
 }  // namespace quarn

@@ -87,7 +87,9 @@ double expected_utility(const domain& asked) {
 double normalization_constant(const domain& asked) {
     double product = 1;
     for (const auto& tree : propagated_forest(asked).trees) product *= tree->normalization;
-    return std::isnormal(product) ? product : std::exp(log_normalization_constant(asked));
+    // The product may have lost digits, or all, among the smallest numbers.
+    const double exponential = std::exp(log_normalization_constant(asked));
+    return std::abs(product - exponential) <= 1e-9 * exponential ? product : exponential;
 }
 
 double log_normalization_constant(const domain& asked) {

@@ -54,4 +54,11 @@ void multiply_into(const tree_context& in, clique& target, const table_map& map,
     if (entries.largest < small) divide(in.tree, target, entries.largest);
 }
 
+void add_logarithms(const tree_context& in, clique& target, const table_map& map,
+                    std::span<const double> factors) {
+    number_array logarithms(factors.size());
+    std::ranges::transform(factors, logarithms.begin(), [](double factor) { return std::log(factor); });
+    add(map, target.weights().data(), logarithms.data(), in.workers);
+}
+
 }  // namespace quarn

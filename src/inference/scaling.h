@@ -33,6 +33,10 @@ void divide(junction_tree& tree, clique& divided, double divisor) noexcept;
 void multiply_into(const tree_context& in, clique& target, const table_map& map,
                    std::span<const double> factors);
 
+// The same where the weights of the clique are logarithms.
+void add_logarithms(const tree_context& in, clique& target, const table_map& map,
+                    std::span<const double> factors);
+
 // The weights of a clique are new ones.
 void weights_changed(junction_tree& tree, clique& changed) noexcept;
 

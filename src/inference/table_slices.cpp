@@ -25,7 +25,9 @@ std::ptrdiff_t excluded_configuration(const junction_forest& forest, const table
     return configuration;
 }
 
-void cut(const junction_forest& forest, const table& whole, table& slice) {
+// Calls visit(position in the whole table, position in the slice) for the entries that belong together.
+template <class Visit>
+void walk_slice(const junction_forest& forest, const table& whole, const table& slice, const Visit& visit) {
     const std::span<node* const> nodes(whole.nodes.begin(), whole.discrete_count);
     loop_levels levels = make_levels(nodes, {slice.nodes.begin(), slice.discrete_count});
     std::vector<std::ptrdiff_t> states;
@@ -33,11 +35,7 @@ void cut(const junction_forest& forest, const table& whole, table& slice) {
         states.push_back(is_excluded(forest, *member) ? member->evidence.index : not_fixed);
     const std::size_t start = simplify(levels, states);
     compress(levels);
-    const std::size_t block = whole.block_size();
-    walk(levels, start, 0, [&](std::size_t from, std::size_t to) noexcept {
-        slice.data[to] = whole.data[from];
-        std::copy_n(whole.moments.data() + from * block, block, slice.moments.data() + to * block);
-    });
+    walk(levels, start, 0, visit);
 }
 
 }  // namespace
@@ -56,9 +54,8 @@ bool has_stale_slice(const junction_forest& forest, const junction_tree& tree) n
                                [&](const clique* holder) {
                                    return has_stale(holder->tables) || has_stale(holder->utility_tables);
                                }) ||
-           std::ranges::any_of(forest.excluded(), [&](const compiled_node& excluded) {
-               return excluded.tree == &tree && excluded.home == nullptr &&
-                      is_stale(*excluded.owner, excluded.number_configuration);
+           std::ranges::any_of(tree.excluded, [&](const compiled_node* excluded) {
+               return excluded->home == nullptr && is_stale(*excluded->owner, excluded->number_configuration);
            });
 }
 
@@ -69,8 +66,20 @@ void update_slice(const junction_forest& forest, assigned_table& assigned) {
     require(configuration >= 0, q_error_invalid_evidence);
     whole.materialise();
     assigned.slice->materialise();
-    cut(forest, whole, *assigned.slice);
+    table& slice = *assigned.slice;
+    const std::size_t block = whole.block_size();
+    walk_slice(forest, whole, slice, [&](std::size_t from, std::size_t to) noexcept {
+        slice.data[to] = whole.data[from];
+        std::copy_n(whole.moments.data() + from * block, block, slice.moments.data() + to * block);
+    });
     assigned.slice_configuration = configuration;
+}
+
+void store_slice(const junction_forest& forest, const assigned_table& assigned) {
+    if (assigned.slice == nullptr) return;
+    number_array& whole = assigned.owner->own_table->data;
+    walk_slice(forest, *assigned.owner->own_table, *assigned.slice,
+               [&](std::size_t to, std::size_t from) noexcept { whole[to] = assigned.slice->data[from]; });
 }
 
 double remaining_number(const junction_forest& forest, compiled_node& excluded) {

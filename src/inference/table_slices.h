@@ -12,6 +12,9 @@ bool has_stale_slice(const junction_forest& forest, const junction_tree& tree) n
 // when an excluded node is not instantiated.
 void update_slice(const junction_forest& forest, assigned_table& assigned);
 
+// Writes a slice that was changed back into the table that it is cut out of.
+void store_slice(const junction_forest& forest, const assigned_table& assigned);
+
 // What is left of the table of an excluded node that has no home: one number.
 double remaining_number(const junction_forest& forest, compiled_node& excluded);
 

@@ -54,4 +54,11 @@ void validate_distributions(node& owner) {
     owner.table_is_valid = true;
 }
 
+void validate_utilities(node& owner) {
+    table& validated = own_table(owner);
+    validated.materialise();
+    require(std::ranges::all_of(validated.data, [](double u) { return std::isfinite(u); }),
+            q_error_invalid_probability_potential);
+}
+
 }  // namespace quarn

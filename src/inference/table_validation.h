@@ -9,4 +9,7 @@ namespace quarn {
 // every change. Fails with q_error_invalid_probability_potential, the table being left as it was.
 void validate_distributions(node& owner);
 
+// Makes sure that the table of a utility is there and holds finite numbers. Fails with the same code.
+void validate_utilities(node& owner);
+
 }  // namespace quarn

@@ -61,7 +61,7 @@ private:
             difference = block[cg_mean(a)] - mean;
             if (std::abs(difference) < rounding_share * std::abs(mean)) difference = 0;
             const double spread = difference * difference + block[cg_covariance(a, a)];
-            if (!(spread > 0)) continue;
+            if (spread <= 0) continue;
             moments[cg_covariance(i, i)] += w * spread;
             for (std::size_t j = 0; j < i; ++j)
                 if (is_head(j))

@@ -9,6 +9,11 @@ void multiply(std::span<const Position> positions, double* larger, const double*
     for (std::size_t i = 0; i < positions.size(); ++i) larger[i] *= smaller[positions[i]];
 }
 
+template <class Position>
+void add(std::span<const Position> positions, double* larger, const double* smaller) noexcept {
+    for (std::size_t i = 0; i < positions.size(); ++i) larger[i] += smaller[positions[i]];
+}
+
 // Each quarter in its turn, as an addition has to wait for the one before when that went to the same position.
 template <class Position>
 void sum_marginal(std::span<const Position> positions, const double* larger, double* smaller,
@@ -32,6 +37,7 @@ void max_marginal(std::span<const Position> positions, const double* larger, dou
 
 #define QUARN_POSITION_KERNELS(Position)                                                                     \
     template void multiply(std::span<const Position>, double*, const double*) noexcept;                      \
+    template void add(std::span<const Position>, double*, const double*) noexcept;                           \
     template void sum_marginal(std::span<const Position>, const double*, double*, std::size_t) noexcept;     \
     template void max_marginal(std::span<const Position>, const double*, double*, std::size_t) noexcept;
 QUARN_POSITION_KERNELS(uint8_t)

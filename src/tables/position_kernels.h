@@ -12,6 +12,8 @@ namespace quarn {
 template <class Position>
 void multiply(std::span<const Position> positions, double* larger, const double* smaller) noexcept;
 template <class Position>
+void add(std::span<const Position> positions, double* larger, const double* smaller) noexcept;
+template <class Position>
 void sum_marginal(std::span<const Position> positions, const double* larger, double* smaller,
                   std::size_t smaller_size) noexcept;
 template <class Position>

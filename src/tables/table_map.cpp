@@ -16,6 +16,11 @@ void multiply(const table_map& map, double* larger, const double* smaller, const
     map.with_list([&](auto positions) { multiply(positions, larger, smaller); });
 }
 
+void add(const table_map& map, double* larger, const double* smaller, const workers& allowed) {
+    if (map.loops() != nullptr) return add(*map.loops(), larger, smaller, allowed);
+    map.with_list([&](auto positions) { add(positions, larger, smaller); });
+}
+
 void sum_marginal(const table_map& map, const double* larger, double* smaller, const workers& allowed) {
     if (map.loops() != nullptr) return sum_marginal(*map.loops(), larger, smaller, allowed);
     map.with_list([&](auto positions) { sum_marginal(positions, larger, smaller, map.smaller_size()); });

@@ -69,6 +69,7 @@ private:
 
 // As the operations of the same names on loop plans. Those with a list use one thread only.
 void multiply(const table_map& map, double* larger, const double* smaller, const workers& allowed = {});
+void add(const table_map& map, double* larger, const double* smaller, const workers& allowed = {});
 void sum_marginal(const table_map& map, const double* larger, double* smaller, const workers& allowed = {});
 void max_marginal(const table_map& map, const double* larger, double* smaller, const workers& allowed = {});
 

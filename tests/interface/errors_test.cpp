@@ -131,11 +131,12 @@ void expect_nulls_refused(const std::string& name, Result (*function)(Parameters
     q_node_evidence_is_entered, q_node_evidence_is_propagated, q_node_evidence_to_propagate, \
     q_node_likelihood_is_entered, q_domain_evidence_to_propagate, q_domain_evidence_is_propagated, \
     q_domain_propagate, q_domain_compress, q_domain_is_compressed, q_junction_tree_propagate, \
-    q_clique_propagate, q_node_get_belief, q_node_get_mean, q_node_get_variance, q_node_get_numeric_mean, \
+    q_clique_propagate, q_domain_update_policies, q_node_get_belief, q_node_get_mean, q_node_get_variance, q_node_get_numeric_mean, \
     q_node_get_numeric_variance, q_node_get_value, q_node_get_expected_utility, \
     q_node_get_utility_variance, q_node_get_utility_minimum, q_node_get_utility_maximum, \
     q_domain_get_expected_utility, q_domain_get_normalization_constant, \
-    q_domain_get_log_normalization_constant, q_domain_print_beliefs, q_net_parse_domain
+    q_domain_get_log_normalization_constant, q_domain_print_beliefs, q_domain_minimize_limid, \
+    q_net_parse_domain
 // clang-format on
 #define TEXT_OF(...) #__VA_ARGS__
 #define NAMES_OF(list) TEXT_OF(list)

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 #include <quarn.h>
 
-#include "owned_domain.h"
+#include "network_building.h"
 
 namespace {
 
@@ -96,8 +96,8 @@ TEST(Inference, SurvivesManyChildrenOfOneNode) {
     }
 }
 
-// p -> q -> r copy their parent's state: weights far apart on p and r meet in the middle, or leave what a double can tell.
-TEST(Inference, IsRightOrSaysSoAtTheEdgeOfTheDoubles) {
+// p -> q -> r copy their parent's state: weights far apart on p and r meet in the middle, on top of those before.
+TEST(Inference, IsRightAtTheEdgeOfTheDoubles) {
     owned_domain domain(q_domain_new());
     q_node_t nodes[3];
     for (q_node_t& node : nodes) {
@@ -112,27 +112,86 @@ TEST(Inference, IsRightOrSaysSoAtTheEdgeOfTheDoubles) {
     ASSERT_EQ(q_domain_compile(domain.get()), q_error_none);
     const struct {
         double on_p[2], on_r[2];
-        double belief;  // of state 0; below 0: too improbable to tell
+        double belief;  // of state 0
     } rows[] = {{{1e-315, 1e-305}, {1, 1e-10}, 0.5},
                 {{1e-320, 1e-320}, {1, 3}, 0.25},
                 {{1e308, 1e308}, {1e308, 3e307}, 10.0 / 13},
                 {{1, 1e-200}, {1e-200, 3}, 0.25},
                 {{1, 1e-250}, {1e-250, 1}, 0.5},
                 {{1e-305, 1}, {1, 1e-315}, 1 / (1 + 1e-10)},
-                {{1e-320, 1}, {1, 0}, -1}};
+                {{1e-320, 1}, {1, 0}, 1},
+                {{1e300, 1}, {1, 1}, 1},
+                {{1e-295, 1e-296}, {1, 1}, 10.0 / 11},
+                {{1, 1e-200}, {1, 1}, 1},
+                {{1e-200, 1}, {1, 1}, 1e-200},
+                {{1, 1}, {1, 1}, 0.5}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.on_p[0]);
         for (std::size_t state = 0; state < 2; ++state) {
             ASSERT_EQ(q_node_enter_finding(nodes[0], state, row.on_p[state]), q_error_none);
             ASSERT_EQ(q_node_enter_finding(nodes[2], state, row.on_r[state]), q_error_none);
         }
-        EXPECT_EQ(q_domain_propagate(domain.get(), q_equilibrium_sum, q_mode_normal),
-                  row.belief < 0 ? q_error_inconsistency_or_underflow : q_error_none);
-        for (q_node_t node : nodes) {
-            const double belief = q_node_get_belief(node, 0);
-            EXPECT_NEAR(belief, row.belief < 0 ? 0.5 : row.belief, 1e-9);
-            EXPECT_LE(belief, 1);
-        }
+        double constant = 0;  // of one configuration or both
+        for (std::size_t state = 0; state < 2; ++state) constant += row.on_p[state] * row.on_r[state] / 2;
+        ASSERT_EQ(q_domain_propagate(domain.get(), q_equilibrium_sum, q_mode_normal), q_error_none);
+        if (std::isnormal(constant))
+            EXPECT_NEAR(q_domain_get_normalization_constant(domain.get()) / constant, 1, 1e-12);
+        for (q_node_t node : nodes) EXPECT_NEAR(q_node_get_belief(node, 0), row.belief, 1e-9);
+        ASSERT_EQ(q_domain_propagate(domain.get(), q_equilibrium_max, q_mode_normal), q_error_none);
+        const double other = row.belief / (1 - row.belief);
+        EXPECT_NEAR(q_node_get_belief(nodes[1], 0), std::min(other, 1.0), 1e-8);  // 1e-315 has 8 digits
+    }
+}
+
+// What the tables of one clique make vanish is all that evidence outside of it leaves: children c of a and b that are
+// possible at all only where both are in the state that together has the probability 1e-400.
+TEST(Inference, FindsWhatVanishedAmongThePriors) {
+    owned_domain domain = network("cd cd", "01");
+    q_node_t a = node_at(domain.get(), 0), b = node_at(domain.get(), 1);
+    for (q_node_t node : {a, b}) q_node_set_number_of_states(node, 2);
+    set_data(q_node_get_table(a), {1e-200, 1});
+    set_data(q_node_get_table(b), {1e-200, 1, 0.5, 0.5});
+    for (int i = 0; i < 10; ++i) {
+        q_node_t c = new_chance(domain.get(), ("c" + std::to_string(i)).c_str(), 2, {b, a});
+        set_data(q_node_get_table(c), {0.5, 0.5, 1e-60, 1, 1e-60, 1, 1e-60, 1});
+        q_node_select_state(c, 0);
+    }
+    ASSERT_EQ(q_domain_compile(domain.get()), q_error_none);
+    ASSERT_EQ(q_domain_propagate(domain.get(), q_equilibrium_sum, q_mode_normal), q_error_none);
+    EXPECT_NEAR(q_node_get_belief(a, 0), 1, 1e-12);
+    EXPECT_NEAR(q_domain_get_log_normalization_constant(domain.get()),
+                2 * std::log(1e-200) + 10 * std::log(0.5), 1e-9);
+}
+
+TEST(Inference, NeverTakesInThePolicyOfAnExcludedDecision) {
+    owned_domain domain = network("cd dd cd", "01 02");
+    const std::vector<q_node_t> n = nodes_of(domain.get());
+    for (q_node_t node : n) q_node_set_number_of_states(node, 2);
+    set_data(q_node_get_table(n[1]), {0.9, 0.1, 0.1, 0.9});
+    set_data(q_node_get_table(n[2]), {1, 0, 1, 0});
+    const q_node_t excluded[] = {n[1], nullptr};
+    q_domain_set_excluded_nodes(domain.get(), excluded);
+    q_node_select_state(n[1], 0);
+    q_node_select_state(n[2], 1);
+    ASSERT_EQ(q_domain_compile(domain.get()), q_error_none);
+    EXPECT_EQ(q_domain_propagate(domain.get(), q_equilibrium_sum, q_mode_normal),
+              q_error_inconsistency_or_underflow);
+    q_node_retract_findings(n[2]);
+    ASSERT_EQ(q_domain_propagate(domain.get(), q_equilibrium_sum, q_mode_normal), q_error_none);
+    EXPECT_EQ(q_node_get_belief(n[0], 0), 0.5);
+    EXPECT_EQ(q_domain_get_normalization_constant(domain.get()), 1.0);
+}
+
+TEST(Inference, RetractsFastWhatIsLargerThanDoublesTogether) {
+    owned_domain domain = network("cd cd cd", "01 21");
+    const std::vector<q_node_t> n = nodes_of(domain.get());
+    for (q_node_t node : n) q_node_set_number_of_states(node, 2);
+    set_data(q_node_get_table(n[1]), {0.9, 0.1, 0.5, 0.5, 0.5, 0.5, 0.5, 0.5});
+    ASSERT_EQ(q_domain_compile(domain.get()), q_error_none);
+    for (q_node_t parent : {n[0], n[2]}) q_node_enter_finding(parent, 0, 1e200);
+    for (q_equilibrium_t equilibrium : {q_equilibrium_sum, q_equilibrium_max}) {
+        ASSERT_EQ(q_domain_propagate(domain.get(), equilibrium, q_mode_fast_retraction), q_error_none);
+        EXPECT_NEAR(q_node_get_belief(n[1], 1) / q_node_get_belief(n[1], 0), 1.0 / 9, 1e-12);
     }
 }
 

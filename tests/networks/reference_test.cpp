@@ -1,4 +1,5 @@
 // Real networks against answers that were computed by other means; skipped where the networks are not at hand.
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -44,6 +45,7 @@ public:
             scenario_ = scenario["name"];
             enter_case(scenario["case"]);
             check_scenario(scenario);
+            if (scenario.contains("updated")) check_updating(scenario, reference);
         }
     }
     double largest_difference() const { return found_.largest(); }
@@ -96,6 +98,34 @@ private:
         if (q_junction_tree_get_next(q_domain_get_first_junction_tree(domain_.get())) == nullptr)
             check_states(q_node_get_expected_utility, scenario, "expected_utility_given_state");
         scale_ = 1;
+    }
+
+    // From uniform policies, to the result of one of the orders in which decisions can be visited.
+    void check_updating(const json& scenario, const json& reference) {
+        propagate(q_equilibrium_sum);
+        ASSERT_EQ(q_domain_update_policies(domain_.get()), q_error_none) << scenario_;
+        const double utility = q_domain_get_expected_utility(domain_.get());
+        const auto is_found = [&](const json& result) {
+            bool found = is_near(utility, result["expected_utility"]);
+            for (const auto& [name, rows] : result["policies"].items()) {
+                const double* entry = q_table_get_data(q_node_get_table(node(name)));
+                for (const json& row : rows)
+                    for (const json& probability : row) found = is_near(*entry++, probability) && found;
+            }
+            return found;
+        };
+        EXPECT_TRUE(std::ranges::any_of(scenario["updated"], is_found)) << scenario_ << ": " << utility;
+        if (reference["kind"] == "influence diagram" && scenario["case"].empty())
+            found_.add(utility, reference["optimal_expected_utility"], scenario_ + ": optimum");
+        for (const json& decision : reference["decisions"]) {
+            q_table_t policy = q_node_get_table(node(decision));
+            const double states = static_cast<double>(q_node_get_number_of_states(node(decision)));
+            std::fill_n(q_table_get_data(policy), q_table_get_size(policy), 1 / states);
+            ASSERT_EQ(q_node_touch_table(node(decision)), q_error_none);
+        }
+    }
+    static bool is_near(double found, double expected) {
+        return std::abs(found - expected) <= tolerance * std::max(1.0, std::abs(expected));
     }
 
     void check_numbers(double found, const json& scenario, const std::string& key) {

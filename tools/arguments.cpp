@@ -1,0 +1,43 @@
+#include "arguments.h"
+
+#include <CLI/CLI.hpp>
+
+namespace tool {
+
+CLI::App& add_command(CLI::App& commands, const char* name, const char* description, std::string& model_file,
+                      const char* explanations) {
+    CLI::App* command = commands.add_subcommand(name, description);
+    command->group("Commands");
+    command->add_option("MODEL", model_file, "The network, in the NET language")
+        ->type_name("FILE")
+        ->required();
+    command->footer(explanations);
+    return *command;
+}
+
+void add_evidence(CLI::App& command, std::vector<std::string>& evidence) {
+    constexpr int evidence_limit = 1 << 20;
+    command.add_option("-e,--evidence", evidence, "What is known of nodes, see below")
+        ->type_name("NODE=STATE ...")
+        // Extra arguments are for options without limit only, whose arguments are split when they are in brackets.
+        ->expected(1, evidence_limit)
+        ->allow_extra_args(false);
+}
+
+CLI::Option* add_node_list(CLI::App& command, const char* option, std::vector<std::string>& names,
+                           const char* description) {
+    return command.add_option(option, names, description)
+        ->type_name("NODE,...")
+        ->delimiter(',')
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->allow_extra_args(false);
+}
+
+std::vector<q_node_t> nodes_called(const model& asked, const std::vector<std::string>& names) {
+    std::vector<q_node_t> nodes;
+    for (const std::string& name : names) nodes.push_back(asked.node_called(name));
+    return nodes;
+}
+
+}  // namespace tool
