@@ -65,8 +65,7 @@ TEST(core, evidence_is_summed_up) {
         return findings_differ(a.view(), b.view(), states);
     };
     EXPECT_TRUE(!differ(first, first, 2) && !differ(half, half, 2));
-    EXPECT_TRUE(differ(first, second, 2) && differ(first, nothing, 2) &&
-                differ(half, quarter, 2));
+    EXPECT_TRUE(differ(first, second, 2) && differ(first, nothing, 2) && differ(half, quarter, 2));
     EXPECT_TRUE(!differ(nothing, first, 1) && differ(first, {-2, {0.0}}, 1));
 }
 
