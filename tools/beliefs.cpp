@@ -1,7 +1,9 @@
 #include "beliefs.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
+#include <span>
 
 #include "tool_failure.h"
 
@@ -35,7 +37,7 @@ probability last_probability(const model& propagated) {
 // Propagates the evidence in the ordinary way, which gives its probability and tells if it is impossible.
 model_beliefs compute_evidence(model& asked) {
     asked.compute();
-    model_beliefs result{asked.file(), {}, last_probability(asked), q_mode_normal, {}, {}, {}};
+    model_beliefs result{asked.file(), {}, last_probability(asked), q_mode_normal, {}, 0, {}, {}};
     for (const q_node_t node : asked.nodes())
         if (node_evidence entered = collect_evidence(node); entered.is_observed() || !entered.weights.empty())
             result.evidence.push_back(std::move(entered));
@@ -45,6 +47,17 @@ model_beliefs compute_evidence(model& asked) {
 bool has_utilities(const model& asked) {
     return std::ranges::any_of(asked.nodes(),
                                [](q_node_t node) { return q_node_get_category(node) == q_category_utility; });
+}
+
+double largest_utility(const model& asked) {
+    double largest = 0;
+    for (const q_node_t node : asked.nodes()) {
+        if (q_node_get_category(node) != q_category_utility) continue;
+        const q_table_t table = q_node_get_table(node);
+        for (const double utility : std::span(q_table_get_data(table), q_table_get_size(table)))
+            largest = std::max(largest, std::abs(utility));
+    }
+    return largest;
 }
 
 // Nothing where numbers have no meaning, or no results yet.
@@ -120,6 +133,7 @@ model_beliefs compute_beliefs(model& asked, const std::vector<q_node_t>& shown, 
     if (mode == q_mode_fast_retraction) asked.compute(q_equilibrium_sum, mode);
     const bool with_utilities = has_utilities(asked);
     if (with_utilities) result.expected_utility = q_domain_get_expected_utility(asked.domain());
+    result.largest_utility = largest_utility(asked);
     for (const q_node_t node : shown) result.nodes.push_back(collect_node(node, with_utilities));
     return result;
 }

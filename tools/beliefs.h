@@ -53,6 +53,7 @@ struct model_beliefs {
     probability of_evidence;
     q_mode_t mode;
     std::optional<double> expected_utility;
+    double largest_utility;                       // absolute value in any table
     std::optional<probability> of_configuration;  // together with the evidence
     std::vector<node_beliefs> nodes;
 };
@@ -77,7 +78,7 @@ std::string title(const node_beliefs& node, size_t state);
 std::string nodes_as_text(const model_beliefs& shown);
 // Its probability, with names padded to that width.
 std::string evidence_as_text(const model_beliefs& shown, size_t width);
-// Sums that cancel leave rounding errors, which are nothing beside the largest utility of all that is shown.
+// Sums that cancel leave rounding errors, which are nothing beside the largest utility of the model.
 std::string format_utility(double utility, const model_beliefs& shown);
 // A table to read.
 std::string beliefs_as_text(const model_beliefs& shown);

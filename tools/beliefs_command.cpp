@@ -1,6 +1,8 @@
 #include "beliefs_command.h"
 
 #include <algorithm>
+#include <charconv>
+#include <limits>
 
 #include <CLI/CLI.hpp>
 
@@ -62,6 +64,15 @@ q_mode_t mode_called(const std::string& name) {
     throw usage_failure("unknown mode " + name + "; there are normal and fast-retraction");
 }
 
+// More than fits is as good as the most.
+size_t parse_count(const std::string& text) {
+    size_t count = std::numeric_limits<size_t>::max();
+    const auto [end, problem] = std::from_chars(text.data(), text.data() + text.size(), count);
+    if (problem == std::errc::invalid_argument || end != text.data() + text.size() || count == 0)
+        throw usage_failure("--top needs a whole number from 1");
+    return count;
+}
+
 bool has_results(q_node_t node) {
     return q_node_get_kind(node) != q_kind_other || q_node_get_category(node) == q_category_utility;
 }
@@ -83,7 +94,7 @@ model_beliefs compute(model& asked, const beliefs_options& options, q_mode_t mod
     const std::vector<q_node_t> shown = shown_nodes(asked, options);
     if (options.max) return compute_configuration(asked, shown);
     model_beliefs result = compute_beliefs(asked, shown, mode);
-    if (options.top) keep_most_moved(asked, result, static_cast<size_t>(*options.top));
+    if (options.top) keep_most_moved(asked, result, *options.top);
     return result;
 }
 
@@ -96,13 +107,14 @@ void add_beliefs_command(CLI::App& commands, beliefs_options& options) {
     command.add_option("--mode", options.mode, "normal (the default) or fast-retraction")->type_name("MODE");
     command.add_flag("--max", options.max, "Print a most probable configuration instead");
     add_node_list(command, "-n,--nodes", options.nodes, "Print these nodes only, in this order");
-    command.add_option("--top", options.top, "Print the N nodes that evidence moved most")->type_name("N");
+    const auto set_top = [&options](const std::string& text) { options.top = parse_count(text); };
+    command.add_option_function<std::string>("--top", set_top, "Print the N nodes that evidence moved most")
+        ->type_name("N");
     command.add_flag("--json", options.json, "Print JSON, with numbers in full precision");
 }
 
 std::string run_beliefs(const beliefs_options& options) {
     const q_mode_t mode = mode_called(options.mode);
-    if (options.top && *options.top < 1) throw usage_failure("--top needs a number from 1");
     if (options.max && (options.top || mode != q_mode_normal))
         throw usage_failure("--max goes neither with --top nor with --mode fast-retraction");
     const std::vector<evidence> given = parse_evidence(options.evidence);

@@ -1,7 +1,7 @@
 // quarn beliefs MODEL.net [--evidence NODE=STATE ...] [--mode MODE | --max] [--nodes NODE,...] [--top N] [--json]
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,7 +16,7 @@ struct beliefs_options {
     std::string mode = "normal";
     bool max = false;
     std::vector<std::string> nodes;  // empty: all
-    std::optional<int64_t> top;      // none: all
+    std::optional<size_t> top;       // none: all
     bool json = false;
 };
 

@@ -32,16 +32,8 @@ std::string number_line(const std::string& name, size_t width, double value) {
     return "  " + padded(name, width) + format_number(value) + "\n";
 }
 
-double largest_utility(const model_beliefs& shown) {
-    double largest = 0;
-    for (const node_beliefs& node : shown.nodes)
-        for (const double utility : node.expected_utilities)
-            if (std::isfinite(utility)) largest = std::max(largest, std::abs(utility));
-    return largest;
-}
-
 std::string format_utility(double utility, double largest) {
-    return format_number(std::abs(utility) < 1e-13 * largest ? 0 : utility);
+    return format_number(std::abs(utility) < 1e-15 * largest ? 0 : utility);
 }
 
 std::string belief_line(const node_beliefs& node, size_t state, size_t width, double largest) {
@@ -106,9 +98,8 @@ std::string heading(const node_beliefs& node) {
 
 std::string nodes_as_text(const model_beliefs& shown) {
     const size_t width = widest_title(shown) + 2;
-    const double largest = largest_utility(shown);
     std::string text;
-    for (const node_beliefs& node : shown.nodes) text += node_as_text(node, width, largest);
+    for (const node_beliefs& node : shown.nodes) text += node_as_text(node, width, shown.largest_utility);
     return text;
 }
 
@@ -117,7 +108,7 @@ std::string evidence_as_text(const model_beliefs& shown, size_t width) {
 }
 
 std::string format_utility(double utility, const model_beliefs& shown) {
-    return format_utility(utility, largest_utility(shown));
+    return format_utility(utility, shown.largest_utility);
 }
 
 std::string beliefs_as_text(const model_beliefs& shown) {

@@ -149,6 +149,7 @@ std::string run_compile(const compile_options& options) {
     auto start = std::chrono::steady_clock::now();
     const model asked(options.model);
     const double read = lap(start);
+    asked.require_computable();
     if (options.log) require_done(q_domain_set_log_file(asked.domain(), options.log->c_str(), 0), options);
     lap(start);
     require_done(q_domain_triangulate(asked.domain(), method), options);

@@ -29,6 +29,10 @@ constexpr const char* explanations =
 // With the null that the library looks for.
 std::vector<q_node_t> ended_list(const model& asked, const names& called) {
     std::vector<q_node_t> nodes = nodes_called(asked, called);
+    for (const q_node_t node : nodes)
+        if (q_node_get_kind(node) == q_kind_other)
+            throw command_failure(asked.file() + ": node " + q_node_get_name(node) + " is " + sort_of(node) +
+                                  ": it can be no source and takes no evidence");
     nodes.push_back(nullptr);
     return nodes;
 }

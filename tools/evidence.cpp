@@ -16,6 +16,7 @@ namespace {
 
 // As in NET files, what is too small is 0 and what is too large is infinite.
 std::optional<double> parse_number(std::string_view text) {
+    if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
     double number = 0;
     const auto [end, problem] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (end != text.data() + text.size() || problem == std::errc::invalid_argument) return {};

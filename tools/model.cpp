@@ -85,7 +85,13 @@ q_node_t model::node_called(const std::string& name) const {
     return node;
 }
 
+void model::require_computable() const {
+    if (std::ranges::all_of(nodes_, [](q_node_t node) { return q_node_get_kind(node) == q_kind_other; }))
+        throw command_failure(file_ + ": the network has no chance or decision nodes to compute");
+}
+
 void model::compute(q_equilibrium_t equilibrium, q_mode_t mode) {
+    require_computable();
     if ((q_domain_is_compiled(domain()) == 1 || q_domain_compile(domain()) == q_error_none) &&
         q_domain_propagate(domain(), equilibrium, mode) == q_error_none)
         return;
@@ -100,8 +106,8 @@ void model::compute(q_equilibrium_t equilibrium, q_mode_t mode) {
 std::vector<q_node_t> conditioning_nodes(q_node_t node) {
     std::vector<q_node_t> nodes;
     const q_node_t* member = q_table_get_nodes(q_node_get_table(node));
-    for (; member != nullptr && *member != nullptr; ++member) nodes.push_back(*member);
-    if (!nodes.empty()) nodes.pop_back();  // the node itself
+    for (; member != nullptr && *member != nullptr; ++member)
+        if (*member != node && q_node_get_kind(*member) == q_kind_discrete) nodes.push_back(*member);
     return nodes;
 }
 

@@ -27,6 +27,8 @@ public:
     // Fails when there is none.
     q_node_t node_called(const std::string& name) const;
 
+    // Fails when there is nothing to compile.
+    void require_computable() const;
     // Compiles unless that has been done, and propagates.
     void compute(q_equilibrium_t equilibrium = q_equilibrium_sum, q_mode_t mode = q_mode_normal);
 
@@ -36,7 +38,7 @@ private:
     std::vector<q_node_t> nodes_;
 };
 
-// The discrete parents of a discrete node as they stand in its table, the last one varying fastest.
+// The discrete parents of a node as they stand in its table, the last one varying fastest.
 std::vector<q_node_t> conditioning_nodes(q_node_t node);
 
 // "a decision", "continuous", and so on.

@@ -1,4 +1,4 @@
-// What makes a table of probabilities unusable.
+// What makes a table unusable.
 #pragma once
 
 #include <string>
@@ -8,8 +8,8 @@
 
 namespace tool {
 
-// What is wrong with the first table, in the order of the nodes, that cannot be divided into distributions; empty when
-// all can.
+// What is wrong with the first table, in the order of the nodes, that does not hold distributions or finite utilities;
+// empty when all do.
 std::string find_table_fault(const std::vector<q_node_t>& nodes);
 
 }  // namespace tool

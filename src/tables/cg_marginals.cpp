@@ -101,13 +101,4 @@ void weak_marginal(const cg_plan& plan, const table& source, table& target, cons
     run_kept(plan, target.block_size() + 1, nodes, allowed, weak_reduction(plan, source, target));
 }
 
-bool is_unnecessary(const table& asked, std::size_t position) noexcept {
-    const double* block = asked.moments.data();
-    for (std::size_t configuration = 0; configuration < asked.size;
-         ++configuration, block += asked.block_size())
-        for (std::size_t k = 0; k < asked.continuous_count(); ++k)
-            if (asked.roles[k] != cg_role::tail && !(block[cg_covariance(position, k)] == 0)) return false;
-    return true;
-}
-
 }  // namespace quarn

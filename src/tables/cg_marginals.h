@@ -18,8 +18,4 @@ void strong_marginal(const cg_plan& plan, const table& source, table& target, co
 // moments are 0. Means that agree to about 13 digits are taken as equal.
 void weak_marginal(const cg_plan& plan, const table& source, table& target, const workers& allowed = {});
 
-// Whether nothing varies with a continuous node: in every configuration its variance and its covariances with all nodes
-// but tails are exactly 0.
-bool is_unnecessary(const table& asked, std::size_t position) noexcept;
-
 }  // namespace quarn

@@ -97,6 +97,8 @@ expect 1 err ', #19 s20 \.\.\. \(30 in all\)$' beliefs "$work/wide.net" -e a=non
 expect 1 err "^$work/malformed.net:3: number expected$" beliefs "$work/malformed.net"
 expect 1 err "^quarn: $work/no_nodes.net: the network has no nodes$" beliefs "$work/no_nodes.net"
 expect 1 err 'net: node c: the probability of y given a=y, b=#0 is negative$' beliefs "$work/negative.net"
+echo 'net { } utility u { }' >"$work/utility.net"
+expect 1 err "^quarn: $work/utility.net: the network has no chance or decision nodes" beliefs "$work/utility.net"
 expect 1 err 'net: node a: the probabilities sum to 0$' beliefs "$work/no_distribution.net"
 expect 1 err '^quarn: .*there is no node lungs$' beliefs "$clinic" -e lungs=yes
 expect 1 err 'node asia has no state maybe; its states are #0 yes, #1 no$' beliefs "$clinic" -e asia=maybe

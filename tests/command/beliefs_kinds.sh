@@ -32,6 +32,10 @@ continuous node x { } potential (x) { data = (normal(1, 0)); }
 continuous node y { } potential (y | x) { data = (normal(2 * x, 1)); }
 END_OF_NET
 sed 's/(1 1)/(1 -1)/' "$oil" >"$work/negative.net"
+sed 's/200 0/1e999 0/' "$oil" >"$work/infinite.net"
+sed 's/3 - 0.5 \* dust/3 - 1e999 * dust/' "$waste" >"$work/factor.net"
+sed 's/normal(-1, 0.3)/normal(-1, 1e999)/' "$waste" >"$work/variance.net"
+sed 's/200 0/1e15 0/' "$oil" >"$work/scales.net"
 
 # --- Fast retraction
 expect 0 $'xray (Positive X-ray) [evidence: yes]\n yes 0.0702445' "$clinic" -e xray=yes dyspnoea=no --mode fast-retraction
@@ -69,15 +73,16 @@ expect 1 'there is no node lungs' "$clinic" --nodes asia,lungs
 expect 0 'tuberculosis (Tuberculosis) [moved 0]' "$clinic" -e smoking=yes --nodes tuberculosis,smoking --top 2
 ! grep -q smoking "$work/out" || failures=$((failures + 1))
 expect 0 'metals_in_waste (Metals in waste) [moved 1.55681 SD]' "$waste" -e light=1.1 waste=industrial --top 1
-expect 2 '--top needs a number from 1' "$clinic" --top -1
+for count in -1 0 2.5 x; do expect 2 '--top needs a whole number from 1' "$clinic" --top $count; done
 
 # --- Continuous nodes: the results of the publication
 expect 0 $'dust (Dust emission)\n mean 3.03929\n variance 0.592909\n SD 0.770006' "$waste"
 seen=(-e waste=industrial light=1.1 co2=-0.9)
+expect 0 '[evidence: 1.1]' "$waste" -e light=+1.1
 expect 0 $' stable 0.0122528\n unstable 0.987747\n\nfilter (Filter state)\n intact 0.999526' "$waste" "${seen[@]}"
 expect 0 $'metals (Emission of metals)\n mean 4.10767\n variance 0.118179\n SD 0.343772' "$waste" "${seen[@]}"
 expect 0 $'light (Light penetrability) [evidence: 1.1]\n mean 1.1\n variance 0\n' "$waste" "${seen[@]}"
-for value in abc inf 1e999 '(1 2)'; do
+for value in abc inf 1e999 +-1 '(1 2)'; do
     expect 1 "node light is continuous: its evidence is a number, not $value" "$waste" -e "light=$value"
 done
 expect 1 'node waste has no state 1.5; its states are #0 industrial, #1 household' "$waste" -e waste=1.5
@@ -96,6 +101,11 @@ expect 1 'what is observed of node seismic can depend on decision test, which is
 expect 1 'node drill is a decision: its evidence is a state, not a likelihood' "$oil" -e 'drill=(1 2)'
 expect 1 'node profit is a utility: it takes no evidence' "$oil" -e profit=3
 expect 1 'node test: the probability of no is negative' "$work/negative.net"
+expect 1 'node light: the factor of dust is infinite' "$work/factor.net"
+expect 1 'node co2: the variance given burning=unstable is infinite' "$work/variance.net"
+expect 0 $'test_cost (Cost of the test)\n expected -5\n\nprofit (Profit from drilling)\n expected 1e+14' "$work/scales.net"
+expect 1 'node profit: the utility given oil=soaking, drill=yes is infinite' "$work/infinite.net"
+expect 0 $'log P(evidence) 0\nexpected utility 0' "$oil" -e test=yes -n profit --top 2
 
 # --- JSON
 ! command -v python3 >/dev/null || python3 - "$quarn" "$clinic" "$waste" "$oil" <<'END_OF_TEST' || failures=$((failures + 1))

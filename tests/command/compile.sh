@@ -48,6 +48,8 @@ done >"$work/large.net"
 memory='out of memory: the tables of the network are too large'
 expect 1 "$(lines best-greedy 45 72 1 37 n0,n1,n2,n3,n4,n5,n6,n7,n8 9223372036854775808 9223372036855365632 \
     'too large' 0 'too large')"$'\n'"quarn: $work/large.net: $memory" "$work/large.net"
+echo 'utility U { } function F { } potential (U) { data = (3); }' >"$work/nothing.net"
+expect 1 "quarn: $work/nothing.net: the network has no chance or decision nodes to compute" "$work/nothing.net"
 expect 1 "quarn: $work/none.net: cannot be read: No such file or directory" "$work/none.net"
 expect 1 "quarn: $work/none/log: cannot be written" "$clinic" --log "$work/none/log"
 [ ! -w /dev/full ] || expect 1 'quarn: /dev/full: cannot be written' "$clinic" --log /dev/full

@@ -48,6 +48,7 @@ expect 1 "quarn: $clinic: there is no node lungs" "$clinic" -s asia,lungs
 expect 1 "quarn: $clinic: there is no node [asia" "$clinic" -s asia -g '[asia,xray]'
 expect 1 "quarn: $clinic: there is no node \\x1b" "$clinic" -s asia --soft $'\e'
 expect 1 "quarn: $work/none.net: cannot be read: No such file or directory" "$work/none.net" -s asia
+expect 1 "quarn: ${oil:=$2/examples/oil_wildcatter.net}: node profit is a utility: it can be no source and takes no evidence" "$oil" -s profit
 expect 2 'quarn: --source is required' "$clinic"
 expect 2 'quarn: MODEL is required' -s asia
 expect 2 'quarn: The following argument was not expected: xray' "$clinic" -s asia xray

@@ -21,7 +21,6 @@ TEST(domain, category_and_kind_of_a_new_node) {
             q_node_t node = q_domain_new_node(domain.get(), category, asked);
             EXPECT_EQ(outcome(node), given[category - 4][asked + 1] == no ? q_error_usage : q_error_none);
             EXPECT_EQ(q_node_get_kind(node), given[category - 4][asked + 1]) << category << ' ' << asked;
-            EXPECT_EQ(q_node_get_category(node), node == nullptr ? -1 : category);
             const bool discrete = q_node_get_kind(node) == q_kind_discrete;
             EXPECT_EQ(q_node_get_subtype(node), discrete ? q_subtype_label : -1);
             EXPECT_EQ(q_node_get_number_of_states(node), discrete ? 1 : std::size_t(-1));
@@ -70,20 +69,20 @@ TEST(domain, lookup_finds_what_has_the_name_now) {
                 const auto place = all.begin() + std::ptrdiff_t(random() % all.size());
                 const auto old =
                     std::ranges::find(named, *place, [](const auto& item) { return item.second; });
-                const bool deleted = all.size() > limit || random() % 4 == 0, free = !named.contains(name);
-                const bool changes = deleted || free;
-                const q_status_t status =
-                    deleted ? q_node_delete(*place) : q_node_set_name(*place, name.c_str());
-                EXPECT_EQ(status, changes || old->first == name ? q_error_none : q_error_twice);
-                if (changes) named.erase(old);
-                if (!deleted && free) named[name] = *place;
-                if (deleted) all.erase(place);
+                const bool free = !named.contains(name);
+                if (all.size() > limit || random() % 4 == 0) {
+                    EXPECT_EQ(q_node_delete(*place), q_error_none);
+                    named.erase(old), all.erase(place);
+                } else {
+                    EXPECT_EQ(q_node_set_name(*place, name.c_str()),
+                              free || old->first == name ? q_error_none : q_error_twice);
+                    if (free) named.erase(old), named[name] = *place;
+                }
             }
             const std::string asked = random() % 2 == 0 ? name : "C" + std::to_string(random() % 70);
             ASSERT_EQ(q_domain_get_node_by_name(domain.get(), asked.c_str()),
                       named.contains(asked) ? named[asked] : nullptr)
                 << step;
-            ASSERT_EQ(q_error_code(), q_error_none);
             ASSERT_EQ(nodes_of(domain.get()), all);
         }
 }
@@ -112,7 +111,6 @@ TEST(domain, attributes_keep_the_order_of_their_keys) {
     EXPECT_EQ(after({{"three", nullptr}}), "one=1 two= four=4 ");
     EXPECT_EQ(after({{"four", nullptr}, {"three", "3"}}), "one=1 two= three=3 ");
     EXPECT_EQ(after({{"one", nullptr}}), "two= three=3 ");
-    EXPECT_STREQ(q_domain_get_attribute(domain.get(), "three"), "3");
     EXPECT_EQ(q_node_get_attribute(node, "one"), nullptr);
     EXPECT_EQ(q_error_code(), q_error_none);
     for (const char* key : {"", "1", "a.b", "a b", "node_size"})

@@ -1,5 +1,4 @@
-// Entering and asking for evidence: what is refused, what counts as changed, what the trees say of their evidence, and
-// evidence that decisions must not have.
+// Entering and asking for evidence: what is refused, what counts as changed, what the trees say of their evidence.
 #include <map>
 #include <random>
 
@@ -108,31 +107,6 @@ TEST(evidence, is_counted_tree_by_tree) {
             tested.expect_consistency();
             tested.change(random);
         }
-    }
-}
-
-TEST(evidence, must_leave_decisions_free) {
-    const struct {
-        const char *nodes, *links, *selected, *weighed;  // the last two: numbers of nodes
-        q_status_t expected;
-        bool has_choice = true;
-    } rows[] = {{"dd cd cd", "01 12", "2", "", q_error_invalid_evidence},
-                {"dd cd cd", "01 12", "02", "", q_error_none},
-                {"dd cd cd", "01 12", "2", "", q_error_none, false},
-                {"dd", "", "", "0", q_error_invalid_evidence},
-                {"dd dd cd", "01 12", "12", "", q_error_none},
-                {"dd dd cd cd", "02 13 01", "13", "", q_error_none},
-                {"dd dd cd", "02 12", "02", "", q_error_invalid_evidence},
-                {"dd cd cd", "20", "2", "", q_error_none}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(std::string(row.nodes) + ", " + row.links + ", " + row.selected + ", " + row.weighed);
-        const owned_domain domain = binary_network(row.nodes, row.links);
-        const nodes n = nodes_of(domain.get());
-        if (!row.has_choice) q_node_set_number_of_states(n[0], 1);
-        for (char digit : std::string(row.selected)) q_node_select_state(n[std::size_t(digit - '0')], 0);
-        for (char digit : std::string(row.weighed)) q_node_enter_finding(n[std::size_t(digit - '0')], 0, 0.5);
-        ASSERT_EQ(q_domain_compile(domain.get()), q_error_none);
-        EXPECT_EQ(q_domain_propagate(domain.get(), q_equilibrium_sum, q_mode_normal), row.expected);
     }
 }
 

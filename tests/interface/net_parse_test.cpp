@@ -37,9 +37,7 @@ TEST(NetParse, TellsWhatIsWrongAndWhere) {
         q_error_t code = q_error_parse;
     } cases[] = {
         {"{@", "unexpected token"},
-        {"nodes@ a {}", "unknown object type: nodes"},
         {"discrete utility@ a {}", "keyword `node', `decision', or `function' expected"},
-        {"discrete nodes@ a {}", "keyword `node', `decision', or `function' expected"},
         {"continuous decision@ c {}", "keyword `node' expected"},
         {"continuous node x {} decision d@ {}", "API error: LIMIDs with CG nodes are not supported.",
          q_error_cg_limids_not_supported},
@@ -72,7 +70,6 @@ TEST(NetParse, TellsWhatIsWrongAndWhere) {
          "state values have already been specified"},
         {"node c {subtype=number; states=('x'); state_values=(x@);}", "state value expected"},
         {"node c {subtype=number; states=('x'); state_values=(1 2)@;}", "incorrect number of state values"},
-        {"node c {subtype=interval; states=('x'); state_values=(1)@;}", "incorrect number of state values"},
         {"potential ()@", "empty child node list"},
         {"potential (1@)", "`|', `)', or a node name expected"},
         {"potential (c@)", "node `c' not found"},
@@ -83,7 +80,6 @@ TEST(NetParse, TellsWhatIsWrongAndWhere) {
         {"continuous node x {} potential (a | x@)",
          "continuous node `x' is not allowed as parent of discrete node `a'"},
         {"continuous node x {} function f {} potential (f | x a@)", "discrete parents must appear first"},
-        {"continuous node x {} function f {} potential (x | f a@)", "discrete parents must appear first"},
         {"continuous node x {} function f {} function g {} potential (g | f x@)",
          "real-valued function parents must appear last"},
         {"function f {} node c {} potential (f | a) {data@=(1);}",
@@ -99,13 +95,11 @@ TEST(NetParse, TellsWhatIsWrongAndWhere) {
         {"potential (a) { data = (1)@; }", "number expected"},
         {"potential (a) { data = ((1 1);@ }", "`)' expected"},
         {"potential (a) { data = (1 1 1@); }", "`)' expected"},
+        {"potential (a) {data=(1 -1@);}", "warning: negative value in probability potential", q_error_none},
         {normals + ")@ normal(0, 1)", "the keyword `normal' was expected"},
-        {normals + "1@", "the keyword `normal' was expected"},
         {normals + "normal 0@", "`(' expected"},
         {normals + "normal(,@", "<number> or <node name> expected in mean value expression"},
-        {normals + "normal(-@x", "<number> or <node name> expected in mean value expression"},
         {normals + "normal(1 + +@", "<number> or <node name> expected in mean value expression"},
-        {normals + "normal(1 2@*x", "expected one of: ,+-"},
         {normals + "normal(2*x *@", "expected one of: ,+-"},
         {normals + "normal(2 * 3@", "name expected"},
         {normals + "normal(z@", "node `z' not found"},
@@ -115,7 +109,6 @@ TEST(NetParse, TellsWhatIsWrongAndWhere) {
         {normals + "normal(0, -1@", "variance must be nonnegative"},
         {normals + "normal(0, 1 2@", "`)' expected"},
         {normals + "normal(0, 1) normal(0, 1) normal@", "`)' expected"},
-        {"potential (a) {data=(1 -1@);}", "warning: negative value in probability potential", q_error_none},
     };
     for (const auto& [text, message, code] : cases) {
         std::string source = "net {} node a { states = ('0' '1'); } node b { states = ('0' '1'); } "
@@ -202,11 +195,9 @@ TEST(NetParse, ReadsEverything) {
     for (size_t state = 0; state < 4; ++state) values.push_back(q_node_get_state_value(i, state));
     constexpr double infinite = std::numeric_limits<double>::max();
     EXPECT_THAT(values, ElementsAre(-1, 2.5, -infinite, -1, 1, infinite));
-    const q_node_t* parents = q_node_get_parents(b);
-    EXPECT_THAT(std::vector(parents, parents + 3), ElementsAre(n, a, nullptr));
+    EXPECT_THAT(listed(q_node_get_parents(b)), ElementsAre(n, a));
     EXPECT_EQ(q_node_get_parents(n)[0], i);
-    const q_number_t* data = q_table_get_data(q_node_get_table(b));
-    EXPECT_THAT(std::vector(data, data + 12), ElementsAre(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12));
+    EXPECT_THAT(data_of(q_node_get_table(b)), ElementsAre(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12));
 
     q_node_t dx = node("d.x"), k = node("k");
     const double parameters[][4] = {{1.5, 2, 0, 1},   {1.5, 2, -1, 2}, {-1, 0, -2, .5},
@@ -230,10 +221,7 @@ TEST(NetParse, ReadsInfluenceDiagrams) {
         potential (F | D U) {})");
     EXPECT_THAT(parsed.messages, ElementsAre(testing::EndsWith("warning: no potential data specified")));
     const auto node = [&](const char* name) { return q_domain_get_node_by_name(parsed.domain.get(), name); };
-    const auto numbers = [&](const char* name) {
-        const q_number_t* data = q_table_get_data(q_node_get_table(node(name)));
-        return std::vector(data, data + q_table_get_size(q_node_get_table(node(name))));
-    };
+    const auto numbers = [&](const char* name) { return data_of(q_node_get_table(node(name))); };
     EXPECT_THAT(numbers("D"), ElementsAre(.2, .8, 1, 0));
     EXPECT_THAT(numbers("U"), ElementsAre(-1, 2, -3, 4));
     EXPECT_THAT(numbers("V"), ElementsAre(-7));

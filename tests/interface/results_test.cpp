@@ -111,10 +111,6 @@ TEST(results, codes) {
                     call(utility, u, 1), call(utility, r, 0), call(q_node_get_utility_maximum, r));
     expect_refusals(gaussian, q_error_usage, call(belief, x, 0), call(utility, x, 0));
     EXPECT_EQ(q_domain_print_beliefs(new_diagram().get()), q_error_none) << "no log, nothing to do";
-    const owned_domain domain = diagram();
-    q_node_t node = node_at(domain.get(), u);
-    EXPECT_DOUBLE_EQ(q_node_get_utility_variance(node), 7);
-    EXPECT_EQ(q_node_get_utility_maximum(node) - q_node_get_utility_minimum(node), 8);
 }
 
 TEST(results, moments_and_the_utility_of_no_utilities_need_posteriors) {
@@ -148,12 +144,10 @@ TEST(results, moments_of_numeric_nodes) {
         double mean, variance;
         q_error_t code = q_error_none;
     } rows[] = {{numbered, {1, 2, 5}, {0.5, 0.25, 0.25}, 2.25, 2.6875},
-                {numbered, {1, 2, 5}, {0, 0, 1}, 5, 0},
                 {numbered, {}, {1, 0}, -1, -1, q_error_invalid_state_values},
                 {numbered, {2, 1}, {1, 0}, -1, -1, q_error_invalid_state_values},
                 {interval, {0, 2, 8}, {0.5, 0.5}, 3, 4 + (4 + 36) / 24.0},
                 {interval, {-largest, 2, 8, largest}, {0.25, 0.5, 0.25}, 5, 4.5 + 1.5},
-                {interval, {-1, 5}, {1}, 2, 3},
                 {interval, {-1, largest}, {1}, -1, 0},
                 {interval, {-largest, largest}, {1}, -1, -1, q_error_invalid_state_values}};
     for (const auto& row : rows) {

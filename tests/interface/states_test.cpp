@@ -109,7 +109,6 @@ TEST(states, a_number_selects_a_state) {
         {number, {0, 1, 2}, {{1.0000005, 1}, {0.9999995, 1}, {1.01, -1}, {0, 0}, {1e-300, -1}, {-1, -1}}},
         {number, {-2, 1e6, 1e6 + 0.5}, {{-2, 0}, {1e6 + 0.5, 1}, {NAN, -1}}},
         {number, {0, 0, 1}, {{0, refused}}},
-        {number, {0, NAN}, {{0, refused}}},
         {number, {-largest, 0}, {{0, refused}}},
         {number, {0, largest}, {{0, refused}}},
         {bounds, {0, 1, 2}, {{-0.1, -1}, {0, 0}, {0.5, 0}, {1, 1}, {2, 1}, {2.1, -1}, {NAN, -1}}},
@@ -120,7 +119,6 @@ TEST(states, a_number_selects_a_state) {
         {bounds, {0, 1, 1}, {{1, 1}, {0.5, 0}, {1.5, -1}}},
         {bounds, {1, 1, 1, 2}, {{1, refused}}},
         {bounds, {0, 2, 1}, {{1, refused}}},
-        {bounds, {-largest, -largest, 1}, {{0, refused}}},
         {bounds, {0, largest, largest}, {{0, refused}}},
         {bounds, {-largest, largest}, {{0, 0}, {-infinity, 0}}}};
     for (const auto& [subtype, values, expected] : cases) {

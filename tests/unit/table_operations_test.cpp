@@ -32,7 +32,7 @@ numbers random_numbers(std::mt19937& random, std::size_t count, bool exact, bool
 
 // Nodes of so many states; the smaller table is over those that are kept, in that order.
 struct operands {
-    operands(const order& all, const order& kept, bool exact = true, std::mt19937 random = std::mt19937())
+    operands(const order& all, const order& kept, bool exact, std::mt19937 random)
         : counts(all), strides(all.size()), fixed(all.size(), not_fixed) {
         std::size_t size = 1;
         for (std::size_t i = kept.size(); i-- > 0; size *= counts[kept[i]]) strides[kept[i]] = size;
@@ -49,7 +49,6 @@ struct operands {
             if (strides[n] == 0) removed_weights.push_back(weighs ? weights[n].data() : nullptr);
         }
     }
-    loop_levels levels() const { return make_levels(nodes, smaller_nodes); }
     loop_plan plan() const { return make_loop_plan(nodes, smaller_nodes, fixed); }
     domain owner;
     order counts, strides;  // strides in the smaller table, 0: not in it
@@ -158,33 +157,6 @@ TEST(table_operations, agree_with_enumeration_on_any_number_of_threads) {
             EXPECT_TRUE(std::ranges::equal(results, by_plan(o, allowed), same_bits)) << allowed.grain;
     }
     EXPECT_TRUE(met == 15 && met_weighted == 15);
-}
-
-TEST(table_operations, division_by_negative_numbers_depends_on_the_innermost_node) {
-    const auto six_by_minus_two = [](const operands& o) {
-        numbers larger(o.larger.size(), 6);
-        divide(o.plan(), larger.data(), numbers(o.smaller.size(), -2).data());
-        return larger.back();
-    };
-    for (const order& counts : {order{2, 3}, {2, 3, 1}, {9, 9}})
-        EXPECT_EQ(six_by_minus_two({counts, {0}}), -3);
-    for (const order& kept : {order{2}, {2, 0}, {2, 1, 0}, {0, 3}, {}})
-        EXPECT_EQ(six_by_minus_two({{2, 3, 2, 1}, kept}), 6);
-}
-
-TEST(table_operations, levels_merge_where_both_tables_run_along) {
-    using list = loop_levels;
-    const auto compressed = [](list all) { return compress(all), all; };
-    operands o({2, 3, 4}, {1});
-    EXPECT_EQ(compressed(operands(o.counts, {2, 0}).levels()), (list{{2, 12, 1}, {3, 4, 0}, {4, 1, 2}}));
-    EXPECT_EQ(compressed(operands(o.counts, {0, 1, 2}).levels()), (list{{24, 1, 1}}));
-    EXPECT_EQ(compressed(operands({2, 1, 4, 1}, {0, 2}).levels()), (list{{8, 1, 1}}));
-    const sectioned_levels outer{{{2, 12, 4}, {4, 1, 1}}, {{3, 4, 0}}};
-    EXPECT_EQ(by_section(operands(o.counts, {0, 2}).levels()), outer);
-    EXPECT_EQ(o.plan(), operands(o.counts, {1}).plan());
-    o.fixed = {1, 2, 3};  // the second node is kept
-    EXPECT_NE(o.plan(), operands(o.counts, {1}).plan());
-    EXPECT_TRUE(o.plan().start == 15 && o.plan().larger_size == 3 && o.plan().one_to_one);
 }
 
 }  // namespace

@@ -4,12 +4,10 @@
 #include <algorithm>
 #include <map>
 #include <random>
-#include <set>
 
 #include <gmock/gmock.h>
 
 #include "clique_weight.h"
-#include "split_tree.h"
 
 namespace {
 
@@ -80,17 +78,6 @@ public:
         return known_[first] = least;
     }
 
-    clique_list minimal_separators() const {
-        clique_list found;
-        for (std::size_t set = 1; set < all(); ++set) {
-            std::set<std::size_t> full;
-            for (const vertex v : members(all() & ~set))
-                if (component(v, all() & ~set).second == set) full.insert(component(v, all() & ~set).first);
-            if (full.size() > 1) found.push_back(members(set));
-        }
-        return found;
-    }
-
 private:
     const graph& whole_;
     std::map<std::size_t, double> known_;
@@ -115,14 +102,6 @@ TEST(TotalWeightSearch, FindsTheBestOfAllEliminationOrders) {
         std::mt19937 random(seed);
         const graph whole = random_connected_graph(random, 1 + seed % 9);
         elimination_orders orders(whole);
-        const bit_graph numbered(whole);
-        search_work work(1000000);
-        const found_separators separators = find_minimal_separators(numbered, {}, work);
-        clique_list listed;
-        for (std::size_t i = 0; i < separators.sets.size(); ++i)
-            listed.push_back(numbered.to_vertices(separators.sets[i]));
-        EXPECT_THAT(listed, UnorderedElementsAreArray(orders.minimal_separators()));
-
         const clique_list one_clique[] = {{orders.members(orders.all())}};
         const search_result found = search_total_weight(whole, {}, one_clique);
         EXPECT_TRUE(found.is_optimal);
@@ -172,31 +151,6 @@ TEST(TotalWeightSearch, IsNeverWorseThanWhatIsKnown) {
             EXPECT_LE(found.separators_found, limits.separators);
             EXPECT_TRUE(found.is_optimal ? found.weight == optimum : found.weight >= optimum);
         }
-    }
-}
-
-TEST(SplitTree, CutsATriangulationDownToItsCliques) {
-    for (unsigned seed = 0; seed < 200; ++seed) {
-        SCOPED_TRACE(seed);
-        std::mt19937 random(seed);
-        const graph whole = random_connected_graph(random, 1 + seed % 20);
-        const clique_list cliques =
-            triangulate_by_elimination(whole, elimination_heuristic::clique_size).cliques;
-        const std::vector<split> splits = make_split_tree(cliques, whole.vertex_count());
-        clique_list leaves;
-        for (const split& cut : splits) {
-            vertex_set joined;
-            for (const std::size_t part : cut.parts) {
-                vertex_set shared;
-                std::ranges::set_intersection(joined, splits[part].vertices, std::back_inserter(shared));
-                EXPECT_EQ(shared, part == cut.parts.front() ? vertex_set() : cut.separator);
-                joined = united(joined, splits[part].vertices);
-            }
-            EXPECT_EQ(joined, cut.parts.empty() ? vertex_set() : cut.vertices);
-            if (cut.parts.empty()) leaves.push_back(cut.vertices);
-        }
-        EXPECT_EQ(splits.front().vertices.size(), whole.vertex_count());
-        EXPECT_THAT(leaves, UnorderedElementsAreArray(cliques));
     }
 }
 

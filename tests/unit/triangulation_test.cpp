@@ -8,7 +8,6 @@
 
 #include "clique_weight.h"
 #include "elimination_graph.h"
-#include "redundant_fill_ins.h"
 #include "vertex_heap.h"
 
 namespace {
@@ -96,15 +95,6 @@ TEST(Triangulation, IsMinimalAndTheBestOnRandomGraphs) {
         expect_minimal_triangulation(cliques_of(start), start);
         const auto weight = [&](const clique_list& cliques) { return total_weight_of(start, cliques); };
         EXPECT_EQ(triangulate_by_best_heuristic(start).cliques, *std::ranges::min_element(found, {}, weight));
-        // From the complete graph, which is a triangulation too.
-        std::vector<edge> fill_ins;
-        vertex_set all;
-        for (vertex b = 0; b < start.vertex_count(); all.push_back(b++))
-            for (vertex a = 0; a < b; ++a)
-                if (!std::ranges::binary_search(start.neighbors[a], b)) fill_ins.push_back({a, b});
-        clique_list thinned{all};
-        remove_redundant_fill_ins(thinned, fill_ins, all.size());
-        expect_minimal_triangulation(thinned, start);
     }
 }
 
@@ -123,21 +113,6 @@ TEST(Triangulation, OfGraphsThatCanBeDoneByHand) {
                     std::vector<vertex_domain>(6)};
     EXPECT_EQ(triangulate_by_elimination(fan, heuristics[0]).cliques,
               (clique_list{{0, 1, 3, 4}, {1, 2}, {3, 4, 5}}));
-}
-
-vertex_set drained(vertex_heap heap) {
-    vertex_set order;
-    for (; !heap.empty(); heap.remove(heap.top())) order.push_back(heap.top());
-    return order;
-}
-
-TEST(VertexHeap, OrdersByKeysThenByPlace) {
-    constexpr first_key by_clique = first_key::clique, by_fill_in = first_key::fill_in;
-    EXPECT_EQ(drained({{{1, 5}, {9, 3}, {4, 3}}, by_clique}), (vertex_set{2, 1, 0}));
-    EXPECT_EQ(drained({{{1, 5}, {9, 3}, {1, 3}}, by_fill_in}), (vertex_set{2, 0, 1}));
-    EXPECT_EQ(drained({{{2, 2}, {0, 100}, {1, 1}}, by_clique}), (vertex_set{1, 2, 0}));
-    EXPECT_EQ(drained({{{0, 9}, {0, 1}, {0, 5}}, by_fill_in}), (vertex_set{0, 2, 1}));
-    EXPECT_EQ(drained({{{1, 1}, {1, 1}, {1, 1}, {1, 1}}, by_clique}), (vertex_set{0, 3, 2, 1}));
 }
 
 // Counted anew after every change.
