@@ -109,18 +109,21 @@ void absorb_findings_as_logarithms(const tree_context& in) {
 }
 
 void absorb_values(const tree_context& in) {
-    const std::vector<compiled_node*> observed = values_to_absorb(in);
-    if (observed.empty()) return;
+    if (values_to_absorb(in).empty()) return;
     log_weights weights(in);
     weights.take();
-    for (compiled_node* next : observed) {
+    absorb_values(in, weights);
+    weights.restore();
+}
+
+void absorb_values(const tree_context& in, log_weights& weights) {
+    for (compiled_node* next : values_to_absorb(in)) {
         const double value = next->owner->entered_value;
         const bool excludes = observe(in, *next, value);
         next->value_is_propagated = true;
         next->propagated_value = value;
         if (excludes) weights.calibrate();
     }
-    weights.restore();
 }
 
 }  // namespace quarn

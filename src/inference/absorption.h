@@ -1,6 +1,7 @@
 // New evidence on top of that which the tables hold already.
 #pragma once
 
+#include "log_weights.h"
 #include "scaling.h"
 
 namespace quarn {
@@ -22,5 +23,7 @@ void absorb_findings_as_logarithms(const tree_context& in);
 // Observes the values entered on continuous nodes, the weights of all cliques being right; marks all cliques active when
 // they are not any more. Fails as observe() does.
 void absorb_values(const tree_context& in);
+// The same where the weights are logarithms, and stay so.
+void absorb_values(const tree_context& in, log_weights& weights);
 
 }  // namespace quarn

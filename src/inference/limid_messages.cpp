@@ -26,7 +26,9 @@ clique_tables limid_messages::collect(const open_decision& asked) {
         add_steps_into(*along.from, along.to);
     }
     std::for_each(missing.rbegin(), missing.rend(), [&](const step& along) { send(along); });
-    return combine(*asked.home, nullptr, asked.decision);
+    const clique_tables tables = combine(*asked.home, nullptr, asked.decision);
+    require_exact(magnitudes_of(tables.probabilities.data(), tables.probabilities.size()).largest);
+    return tables;
 }
 
 // What depends on an invalid message is invalid too.

@@ -31,9 +31,7 @@ public:
         : in_(in), decisions_(std::move(decisions)) {}
 
     void run() {
-        reset_tree(in_);
-        fill_tables(in_, policies::none);
-        absorb_findings(in_, q_mode_normal);
+        prepare_tables();
         limid_messages messages(in_, decisions_);
         const double noise = rounding_of_utilities();
         std::size_t unchanged = 0;
@@ -47,6 +45,16 @@ public:
     }
 
 private:
+    // Each clique given its parent in the tree, as far as probabilities go, so that products of them stay in range.
+    void prepare_tables() {
+        reset_tree(in_);
+        fill_tables(in_, policies::none, number_scale::logarithmic);
+        absorb_findings_as_logarithms(in_);
+        log_weights(in_).restore();
+        for (separator* link : in_.tree.separators)
+            divide(*link->in_child.loops(), link->child->weights().data(), link->table.data(), in_.workers);
+    }
+
     // Less than that is noise, even where the utilities cancel each other.
     double rounding_of_utilities() const {
         double largest = 0;

@@ -111,7 +111,10 @@ private:
         fill_tables(in_, policies::of_open_decisions, number_scale::logarithmic);
         if (in_.forest.is_compressed) count_in(tree_, std::exp(-tree_.prior_excess));
         absorb_findings_as_logarithms(in_);
-        log_weights(in_).restore();
+        log_weights weights(in_);
+        weights.calibrate();
+        absorb_values(in_, weights);
+        weights.restore();
     }
 
     void absorb() {

@@ -163,6 +163,28 @@ TEST(Inference, FindsWhatVanishedAmongThePriors) {
                 2 * std::log(1e-200) + 10 * std::log(0.5), 1e-9);
 }
 
+// Noisy copies of x say that it is 0, measurements that it is 1: either alone is beyond the doubles.
+TEST(Inference, WeighsStatesAgainstMeasurementsBeyondTheDoubles) {
+    owned_domain domain(q_domain_new());
+    q_node_t x = new_chance(domain.get(), "x", 2);
+    for (int i = 0; i < 300; ++i) {
+        q_node_t copy = new_chance(domain.get(), ("copy" + std::to_string(i)).c_str(), 2, {x});
+        set_data(q_node_get_table(copy), {0.95, 0.05, 0.05, 0.95});
+        q_node_select_state(copy, 0);
+    }
+    for (int i = 0; i < 40; ++i) {
+        q_node_t measured = new_continuous(domain.get(), ("m" + std::to_string(i)).c_str(), {x});
+        q_node_set_cg_intercept(measured, 1, 10);
+        for (std::size_t state : {0u, 1u}) q_node_set_cg_variance(measured, state, 1);
+        q_node_enter_value(measured, 10);
+    }
+    ASSERT_EQ(q_domain_compile(domain.get()), q_error_none);
+    ASSERT_EQ(q_domain_propagate(domain.get(), q_equilibrium_sum, q_mode_normal), q_error_none);
+    EXPECT_NEAR(q_node_get_belief(x, 1), 1, 1e-12);
+    const double expected = std::log(0.5) + 300 * std::log(0.05) - 20 * std::log(2 * std::acos(-1.0));
+    EXPECT_NEAR(q_domain_get_log_normalization_constant(domain.get()), expected, 1e-9);
+}
+
 TEST(Inference, NeverTakesInThePolicyOfAnExcludedDecision) {
     owned_domain domain = network("cd dd cd", "01 02");
     const std::vector<q_node_t> n = nodes_of(domain.get());

@@ -360,4 +360,22 @@ TEST(policies, survive_lack_of_memory) {
     }
 }
 
+// What is observed of x is beyond the doubles either way, and cancels.
+TEST(policies, are_found_where_evidence_is_far_out) {
+    owned_domain domain = network("cd dd uo", "02 12");
+    const std::vector<q_node_t> n = nodes_of(domain.get());
+    for (q_node_t node : {n[0], n[1]}) q_node_set_number_of_states(node, 2);
+    set_data(q_node_get_table(n[2]), {1, 0, 0, 3});
+    for (int i = 0; i < 700; ++i) {
+        q_node_t copy = new_chance(domain.get(), ("copy" + std::to_string(i)).c_str(), 2, {n[0]});
+        set_data(q_node_get_table(copy), {0.95, 0.05, 0.05, 0.95});
+        q_node_select_state(copy, i < 350 ? 0 : 1);
+    }
+    ASSERT_EQ(q_domain_compile(domain.get()), q_error_none);
+    ASSERT_EQ(q_domain_propagate(domain.get(), q_equilibrium_sum, q_mode_normal), q_error_none);
+    ASSERT_EQ(q_domain_update_policies(domain.get()), q_error_none);
+    EXPECT_EQ(data_of(q_node_get_table(n[1])), (std::vector<double>{0, 1}));
+    EXPECT_NEAR(q_domain_get_expected_utility(domain.get()), 1.5, 1e-9);
+}
+
 }  // namespace
