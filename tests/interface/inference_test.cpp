@@ -134,8 +134,9 @@ TEST(Inference, IsRightAtTheEdgeOfTheDoubles) {
         double constant = 0;  // of one configuration or both
         for (std::size_t state = 0; state < 2; ++state) constant += row.on_p[state] * row.on_r[state] / 2;
         ASSERT_EQ(q_domain_propagate(domain.get(), q_equilibrium_sum, q_mode_normal), q_error_none);
-        if (std::isnormal(constant))
+        if (std::isnormal(constant)) {
             EXPECT_NEAR(q_domain_get_normalization_constant(domain.get()) / constant, 1, 1e-12);
+        }
         for (q_node_t node : nodes) EXPECT_NEAR(q_node_get_belief(node, 0), row.belief, 1e-9);
         ASSERT_EQ(q_domain_propagate(domain.get(), q_equilibrium_max, q_mode_normal), q_error_none);
         const double other = row.belief / (1 - row.belief);
