@@ -12,7 +12,7 @@ owned_domain binary_network(const std::string& letters, const std::string& links
     owned_domain domain = network(letters, links);
     for (q_node_t node : nodes_of(domain.get())) {
         q_node_set_number_of_states(node, 2);
-        for (std::size_t i : {0, 1}) q_node_set_cg_variance(node, i, 1);
+        for (std::size_t i : {0u, 1u}) q_node_set_cg_variance(node, i, 1);
     }
     return domain;
 }
@@ -54,7 +54,7 @@ struct shared_exclusion {
         q_domain_set_excluded_nodes(domain.get(), excluded);
         q_node_set_number_of_states(n[5], 1);
         EXPECT_EQ(q_domain_compile(domain.get()), q_error_none);
-        for (std::size_t i : {0, 2, 5}) cut_for[q_node_get_junction_tree(n[i])] = -1;
+        for (std::size_t i : {0u, 2u, 5u}) cut_for[q_node_get_junction_tree(n[i])] = -1;
     }
 
     void change(std::mt19937& random) {
