@@ -17,6 +17,9 @@ public:
     using net_lexer::report;
     using net_lexer::text;
 
+    // What an expression is to be read from, while no token is pushed back.
+    scanner& source() noexcept { return *this; }
+
     token next();
     // The last token is to come again.
     void push_back() noexcept { is_pushed_back_ = true; }

@@ -1,32 +1,11 @@
 #include "net_source.h"
 
-#include <cstdio>
-#include <string>
-
-#include "log_file.h"
 #include "net_lexer.h"
 #include "net_parser.h"
+#include "text_file.h"
 
 namespace quarn {
 namespace {
-
-struct stream_closer {
-    void operator()(std::FILE* stream) const noexcept { std::fclose(stream); }
-};
-
-std::string read_file(const char* path) {
-    std::unique_ptr<std::FILE, stream_closer> stream(open_file(path, "rb"));
-    std::string contents;
-    std::size_t size = 0;
-    do {
-        contents.resize(size + size / 2 + 65536);
-        size += std::fread(contents.data() + size, 1, contents.size() - size, stream.get());
-    } while (size == contents.size());
-    contents.resize(size);
-    require(std::ferror(stream.get()) == 0, q_error_io);
-    require(std::fclose(stream.release()) == 0, q_error_io);
-    return contents;
-}
 
 bool begins_as_network(net_lexer& lexer) {
     if (lexer.next() != token_name) return false;

@@ -26,11 +26,14 @@ public:
                                                    std::va_list arguments);
 
     std::size_t error_count() const noexcept { return error_count_; }
+    // Of errors and warnings.
+    std::size_t message_count() const noexcept { return message_count_; }
 
 private:
     q_parse_error_handler_t handler_;
     void* data_;
     std::size_t error_count_ = 0;
+    std::size_t message_count_ = 0;
 };
 
 }  // namespace quarn
