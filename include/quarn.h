@@ -58,12 +58,15 @@ typedef int32_t q_error_t;
 typedef int32_t q_status_t;
 typedef uint32_t q_boolean_t;
 typedef int32_t q_category_t, q_kind_t, q_subtype_t, q_triangulation_method_t, q_equilibrium_t, q_mode_t;
+typedef int32_t q_operator_t;
 
 typedef struct q_domain* q_domain_t;
 typedef struct q_node* q_node_t;
 typedef struct q_table* q_table_t;
 typedef struct q_clique* q_clique_t;
 typedef struct q_junction_tree* q_junction_tree_t;
+typedef struct q_expression* q_expression_t;
+typedef struct q_model* q_model_t;
 typedef struct q_attribute* q_attribute_t;
 
 /**
@@ -154,6 +157,75 @@ enum { q_equilibrium_none = 10, q_equilibrium_sum = 11, q_equilibrium_max = 12 }
 
 /* Whether a belief takes the evidence on its own node into account, or only that on the others. */
 enum { q_mode_normal = 20, q_mode_fast_retraction = 21 };
+
+/* What a node of an expression is: an operator (q_expression_make_composite() says which arguments it takes), a
+ * constant, or a reference to a node of the domain. */
+enum {
+    /* distributions */
+    q_operator_normal = 60,
+    q_operator_log_normal = 61,
+    q_operator_beta = 62,
+    q_operator_gamma = 63,
+    q_operator_exponential = 64,
+    q_operator_weibull = 65,
+    q_operator_uniform = 66,
+    q_operator_triangular = 67,
+    q_operator_pert = 68,
+    q_operator_binomial = 69,
+    q_operator_poisson = 70,
+    q_operator_negative_binomial = 71,
+    q_operator_geometric = 72,
+    q_operator_distribution = 73,
+    q_operator_noisy_or = 74,
+    q_operator_truncate = 75,
+    q_operator_aggregate = 76,
+    /* what is known of nodes */
+    q_operator_probability = 77,
+    q_operator_variance = 78,
+    q_operator_quantile = 79,
+    /* functions */
+    q_operator_min = 80,
+    q_operator_max = 81,
+    q_operator_log = 82,
+    q_operator_log2 = 83,
+    q_operator_log10 = 84,
+    q_operator_exp = 85,
+    q_operator_sin = 86,
+    q_operator_cos = 87,
+    q_operator_tan = 88,
+    q_operator_sinh = 89,
+    q_operator_cosh = 90,
+    q_operator_tanh = 91,
+    q_operator_sqrt = 92,
+    q_operator_abs = 93,
+    q_operator_floor = 94,
+    q_operator_ceil = 95,
+    q_operator_mod = 96,
+    q_operator_if = 97,
+    q_operator_and = 98,
+    q_operator_or = 99,
+    q_operator_not = 100,
+    /* operators written as symbols */
+    q_operator_add = 101,
+    q_operator_subtract = 102,
+    q_operator_multiply = 103,
+    q_operator_divide = 104,
+    q_operator_power = 105,
+    q_operator_negate = 106,
+    q_operator_state_index = 107,
+    q_operator_equals = 108,
+    q_operator_less_than = 109,
+    q_operator_greater_than = 110,
+    q_operator_not_equals = 111,
+    q_operator_less_than_or_equals = 112,
+    q_operator_greater_than_or_equals = 113,
+    /* leaves */
+    q_operator_number = 114,
+    q_operator_label = 115,
+    q_operator_node = 116,
+    q_operator_boolean = 117,
+    q_operator_none = 118
+};
 
 /* ------------------------------------------------------------------------------------------------------------------
  * Errors
@@ -291,9 +363,9 @@ Q_API q_subtype_t q_node_get_subtype(q_node_t node);
 /**
  * Turns a discrete chance node into a decision or a decision into a chance node. Uncompiles the domain.
  *
- * errors  q_error_usage: another category; a node that is not discrete, is a utility or a function, or has an
- *         experience or fading table; q_error_cg_limids_not_supported and q_error_cyclic_functional_dependency, as
- *         for q_domain_new_node(), when the node becomes a decision
+ * errors  q_error_usage: another category; a node that is not discrete, is a utility or a function, has an experience
+ *         or fading table, or is joined to others by undirected links; q_error_cg_limids_not_supported and
+ *         q_error_cyclic_functional_dependency, as for q_domain_new_node(), when the node becomes a decision
  */
 Q_API q_status_t q_node_set_category(q_node_t node, q_category_t category);
 
@@ -332,7 +404,8 @@ Q_API q_status_t q_node_get_position(q_node_t node, int32_t* x, int32_t* y);
  *
  * count   1 .. 2^63 - 1
  * errors  q_error_usage: not discrete, count out of range, or a boolean node (unless it is the present count);
- *         q_error_no_memory: some table would not fit
+ *         q_error_no_memory: some table would not fit; q_error_size_too_large: the number of configurations of a model
+ *         would not fit size_t
  */
 Q_API q_status_t q_node_set_number_of_states(q_node_t node, size_t count);
 
@@ -386,7 +459,8 @@ Q_API q_status_t q_node_reorder_states(q_node_t node, const char* const* labels)
  * end with coefficient 0. Uncompiles the domain unless the child is a function node.
  *
  * errors  q_error_usage: different domains, already a parent, a utility as parent of a chance, decision or utility
- *         node, a continuous parent of a discrete node (function nodes take any); q_error_cyclic_network;
+ *         node, a continuous parent of a discrete node (function nodes take any); q_error_cyclic_network: a directed
+ *         cycle, nodes that are joined by undirected links counting as one;
  *         q_error_cyclic_functional_dependency, q_error_functional_dependency: the evaluation of function nodes would
  *         depend on itself, or decisions on it; q_error_no_memory: the child's table would not fit
  */
@@ -400,7 +474,8 @@ Q_API q_status_t q_node_remove_parent(q_node_t child, q_node_t parent);
 Q_API q_status_t q_node_remove_parent_keep_state(q_node_t child, q_node_t parent, size_t state);
 
 /**
- * Puts another node in the place of a parent; the child's tables keep their values. Uncompiles the domain.
+ * Puts another node in the place of a parent; the child's tables keep their values. Where the child shares such a table
+ * with nodes joined to it by undirected links, these get a link from the new parent too. Uncompiles the domain.
  *
  * errors  as q_node_add_parent(); q_error_usage also when the old parent is none, or the two differ in category,
  *         kind, number of states, subtype, or (as the subtype says) state labels or values
@@ -420,16 +495,18 @@ Q_API const q_node_t* q_node_get_ancestors(q_node_t node);
 Q_API const q_node_t* q_node_get_descendants(q_node_t node);
 
 /**
- * A new node like this one: category, kind, label, attributes, position, states, table, and the same parents; but no
- * name, children, evidence, user data, experience or fading table. Uncompiles the domain unless it is a real-valued
- * function.
+ * A new node like this one: category, kind, label, attributes, position, states, table, model, and the same parents; but
+ * no name, children, undirected links, evidence, user data, experience or fading table. Uncompiles the domain unless it
+ * is a real-valued function.
  */
 Q_API q_node_t q_node_clone(q_node_t node);
 
 /**
  * Deletes a node with its links; the tables of its children keep what they hold for its state 0. Its clean-up callback
  * is run while its texts and user data can still be read; it must not change the domain. Uncompiles the domain unless
- * the node is a real-valued function. Never fails for a valid node.
+ * the node is a real-valued function. Lack of memory matters only where a child has a model.
+ *
+ * errors  q_error_usage: the node is joined to others by undirected links; q_error_no_memory
  */
 Q_API q_status_t q_node_delete(q_node_t node);
 
@@ -545,6 +622,135 @@ Q_API q_status_t q_node_set_cg_variance(q_node_t node, size_t configuration, q_n
 Q_API q_number_t q_node_get_cg_intercept(q_node_t node, size_t configuration);
 Q_API q_number_t q_node_get_cg_coefficient(q_node_t node, q_node_t parent, size_t configuration);
 Q_API q_number_t q_node_get_cg_variance(q_node_t node, size_t configuration);
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * Expressions and models
+ *
+ * An expression is a tree; docs/expressions.md is its language, with what every operator means. It belongs to the caller
+ * until it becomes an argument of another expression or goes into a model. It does not own the nodes that it refers to:
+ * outside a model it must not be used after one of them was deleted, but for deleting it.
+ *
+ * A model gives a node one expression for each configuration of its model nodes, some of its discrete parents. The value
+ * of a function node is computed from its model whenever its domain is propagated: see q_node_get_value(). Models of other
+ * nodes are kept, but no tables are generated from them yet.
+ * --------------------------------------------------------------------------------------------------------------- */
+
+/**
+ * An expression that applies an operator to arguments. It takes these over when it succeeds; when it fails they stay with
+ * the caller.
+ *
+ * op         an operator, q_operator_normal to q_operator_greater_than_or_equals
+ * arguments  ended by a null; the array itself stays the caller's
+ * errors     q_error_usage: no operator, or an argument that belongs to another expression or a model, or is listed twice;
+ *            q_error_invalid_expression: a number or type of arguments that the operator does not take
+ *            (docs/expressions.md)
+ */
+Q_API q_expression_t q_expression_make_composite(q_operator_t op, const q_expression_t* arguments);
+
+/** A number. Infinities become the largest finite doubles, which stand for them. errors: q_error_usage: not a number. */
+Q_API q_expression_t q_expression_make_number(q_number_t number);
+
+/** A label, to compare the states of label nodes with or to choose one. */
+Q_API q_expression_t q_expression_make_label(const char* label);
+
+/** A reference to a node: what it yields depends on the node (docs/expressions.md). */
+Q_API q_expression_t q_expression_make_node(q_node_t node);
+
+/** False (0) or true (anything else). */
+Q_API q_expression_t q_expression_make_boolean(int flag);
+
+/** What an expression is; q_operator_none for a null one, with q_error_usage. */
+Q_API q_operator_t q_expression_get_operator(q_expression_t expression);
+
+/** The arguments of a composite, ended by a null; they belong to it. errors: q_error_usage: not a composite. */
+Q_API const q_expression_t* q_expression_get_arguments(q_expression_t expression);
+
+/** What a constant or reference holds; each fails with q_error_usage for an expression of another sort. */
+Q_API q_number_t q_expression_get_number(q_expression_t expression);
+Q_API const char* q_expression_get_label(q_expression_t expression);
+Q_API q_node_t q_expression_get_node(q_expression_t expression);
+Q_API int q_expression_get_boolean(q_expression_t expression);
+
+/** Whether an expression applies an operator to arguments. */
+Q_API q_boolean_t q_expression_is_composite(q_expression_t expression);
+
+/** A copy of an expression with all its arguments, which belongs to the caller. */
+Q_API q_expression_t q_expression_clone(q_expression_t expression);
+
+/** Deletes an expression with all its arguments. errors: q_error_usage: it belongs to another expression or a model. */
+Q_API q_status_t q_expression_delete(q_expression_t expression);
+
+/**
+ * The text of an expression, with as few parentheses as it takes, for the caller to free with q_string_delete(). Reading
+ * it gives an equal expression, with numbers rounded to eight significant digits; exceptions: docs/expressions.md.
+ *
+ * errors  q_error_locale
+ */
+Q_API char* q_expression_to_string(q_expression_t expression);
+
+/**
+ * Reads an expression (docs/expressions.md), which belongs to the caller.
+ *
+ * domain   where the nodes are that it names
+ * handler  called with each error and warning, positions being numbers of characters; may be null
+ * data     passed on to the handler
+ * errors   q_error_parse: an error was reported; q_error_invalid_expression: an operator with arguments that it does not
+ *          take, which was reported; q_error_locale
+ */
+Q_API q_expression_t q_domain_parse_expression(q_domain_t domain, const char* text,
+                                               q_parse_error_handler_t handler, void* data);
+
+/** Frees a text that the library made for the caller; null is allowed. */
+Q_API void q_string_delete(char* text);
+
+/**
+ * Gives a node a model, which holds no expressions yet and belongs to the node. It follows changes of states and links:
+ * states of a model node are added without expressions, removed with theirs, and reordered with them. The expressions for
+ * state 0 (or the one that is kept) of a model node that is removed stay. In them a constant takes the place of a parent
+ * that is removed: what it yields in that state, 0 where it has no states or no valid state values; its variance is 0, its
+ * quantiles the constant. A clone of the node has a copy.
+ *
+ * nodes   discrete parents of the node, each once; the state of the last one varies fastest in the numbers of
+ *         configurations. May be empty: one configuration
+ * errors  q_error_usage: the node has a model or is continuous, a node that is no discrete parent or listed twice;
+ *         q_error_size_too_large: the number of configurations does not fit size_t
+ */
+Q_API q_model_t q_node_new_model(q_node_t node, const q_node_t* nodes);
+
+/** The model of a node, or null with q_error_none. */
+Q_API q_model_t q_node_get_model(q_node_t node);
+
+/** Deletes a model with its expressions. The table of its node keeps its numbers. */
+Q_API q_status_t q_model_delete(q_model_t model);
+
+/** The model nodes, ended by a null; valid until a link to the node is changed. */
+Q_API const q_node_t* q_model_get_nodes(q_model_t model);
+
+/** The number of expressions that a model has room for: one for each configuration of its nodes. */
+Q_API size_t q_model_get_size(q_model_t model);
+
+/**
+ * Puts an expression into a model, which takes it over when it succeeds and deletes the one that was there.
+ *
+ * configuration  0 .. q_model_get_size() - 1
+ * expression     null: none for this configuration. It must yield what selects a state of the node (a label, a boolean or
+ *                a number, by its subtype), or a number for a real-valued function or utility; for a chance node also a
+ *                distribution. It may refer to parents of the node only
+ * errors         q_error_usage: no such configuration, the expression belongs to another one or a model;
+ *                q_error_invalid_expression: of another type, or it refers to other nodes
+ */
+Q_API q_status_t q_model_set_expression(q_model_t model, size_t configuration, q_expression_t expression);
+
+/** The expression for a configuration, which belongs to the model; null with q_error_none when there is none. errors:
+ *  q_error_usage: no such configuration. */
+Q_API q_expression_t q_model_get_expression(q_model_t model, size_t configuration);
+
+/** Sets how many samples of each interval of a parent a table is to be generated from. errors: q_error_usage: 0, or
+ *  more than 2^53. */
+Q_API q_status_t q_model_set_samples_per_interval(q_model_t model, size_t count);
+
+/** The number of samples per interval; 0 when none was set. */
+Q_API size_t q_model_get_samples_per_interval(q_model_t model);
 
 /* ------------------------------------------------------------------------------------------------------------------
  * Compilation
@@ -896,8 +1102,18 @@ Q_API q_number_t q_node_get_variance(q_node_t node);
 Q_API q_number_t q_node_get_numeric_mean(q_node_t node);
 Q_API q_number_t q_node_get_numeric_variance(q_node_t node);
 
-/** Value of a real-valued function. errors: q_error_usage: another node; q_error_computation_failed: the function has no
- *  model (so far none can have one). */
+/**
+ * Value of a real-valued function as of the last propagation: of the expression in its model for the states of its model
+ * nodes. There a parent stands for: a discrete one that is certainly in one state, this state (label, truth, value, or
+ * the middle of the interval); another numbered or interval one, and a continuous one, its mean; a utility, its expected
+ * utility; a function, its value. Propagating any tree brings all functions up to date.
+ *
+ * errors  q_error_usage: another node; q_error_no_equilibrium: not propagated yet, or a tree that the value depends on is
+ *         at none; q_error_computation_failed: no model, no expression for the configuration, a model node or a label or
+ *         boolean parent that is in no certain state, an argument that has no value, or a number that is not finite;
+ *         q_error_division_by_zero; q_error_inappropriate_arguments: outside the domain of an operator;
+ *         q_error_invalid_state_values: of a parent
+ */
 Q_API q_number_t q_node_get_value(q_node_t node);
 
 /**
@@ -974,9 +1190,9 @@ Q_API q_status_t q_domain_update_policies(q_domain_t domain);
  * was, policies get smaller, and q_domain_update_policies() may find better ones. Which links remain does not depend on
  * an order of removal.
  *
- * A policy keeps what it holds for state 0 of a parent that is removed. Function nodes always remain parents. Evidence is
- * not considered: where more than the parents of decisions is to be observed, a link that was removed could have helped.
- * The domain is uncompiled when a link is removed, and else stays as it is.
+ * A policy keeps what it holds for state 0 of a parent that is removed, as does a model. Function nodes always remain
+ * parents. Evidence is not considered: where more than the parents of decisions is to be observed, a link that was
+ * removed could have helped. The domain is uncompiled when a link is removed, and else stays as it is.
  *
  * result  the number of links removed
  */
@@ -997,6 +1213,59 @@ Q_API size_t q_domain_minimize_limid(q_domain_t domain);
  *          or the code of the operation on nodes that failed, as reported
  */
 Q_API q_domain_t q_net_parse_domain(const char* source, q_parse_error_handler_t handler, void* data);
+
+/**
+ * Writes a network to a file in the NET language. Reading it gives the same network, nodes in order of creation, with
+ * numbers rounded to eight significant digits and the parents of each node ordered by kind: discrete nodes first,
+ * real-valued functions last. Nodes without names get them. Evidence, settings and user data are not written.
+ *
+ * path    a file there is replaced, with its permissions, once the new one is complete: that takes the right to make
+ *         files in its folder. Devices and pipes are written to directly
+ * errors  q_error_io: nothing is left behind, an old file is as it was; q_error_invalid_probability_potential: a number in
+ *         a table is infinite or NaN; q_error_invalid_state_values: a state value is NaN; q_error_locale
+ */
+Q_API q_status_t q_domain_save_as_net(q_domain_t domain, const char* path);
+
+/** What q_domain_save_as_net() writes, as a text for the caller to free with q_string_delete(). errors: the same. */
+Q_API char* q_domain_to_net(q_domain_t domain);
+
+/**
+ * Writes the entered evidence as a case file: a line "NAME: FINDING" for each node with evidence, newest first, followed
+ * by a tab, "% " and the label of the node if it has one. Nodes without a name get one. The finding is
+ *
+ *   - the value of a continuous node, with eight significant digits,
+ *   - the weights of a likelihood in parentheses, with six,
+ *   - else what the state is called: true or false (boolean nodes), the label in quotes (labelled nodes, when it is not
+ *     empty and no other state has it), the value with eight digits (numbered nodes with valid values), or "#" and the
+ *     index.
+ *
+ * A node that is linked to another one is written as that one. What the digits do not tell is lost: of state values that
+ * differ by less than a millionth the first one is read back.
+ *
+ * errors  q_error_usage; q_error_io: the file cannot be opened or written, and then is incomplete; q_error_locale;
+ *         q_error_no_memory: the file is as it was
+ */
+Q_API q_status_t q_domain_save_case(q_domain_t domain, const char* path);
+
+/**
+ * Replaces the entered evidence by that in a case file, and propagates nothing. Entries are "NAME: FINDING" in any
+ * layout and order, with names, numbers, strings and comments as in the NET language. A finding is
+ *
+ *   label or "label"  of a labelled node: the only state with this label
+ *   true, false       of a boolean node
+ *   NUMBER            the value of a continuous node; of a numbered or interval node the state of
+ *                     q_node_get_state_index_from_value()
+ *   #INDEX            the state of any discrete node
+ *   (W W ...)         a likelihood: a weight for each state of any discrete node
+ *
+ * handler  called with each message and its line; may be null
+ * data     passed on to the handler
+ * errors   q_error_io: the file cannot be opened, read or closed; q_error_parse: something was reported, warnings
+ *          included; q_error_locale; q_error_no_memory; or the code of the function for evidence that failed, as reported.
+ *          When a file that could be opened is not read there is no evidence afterwards.
+ */
+Q_API q_status_t q_domain_parse_case(q_domain_t domain, const char* path, q_parse_error_handler_t handler,
+                                     void* data);
 
 #ifdef __cplusplus
 }

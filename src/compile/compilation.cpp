@@ -76,6 +76,8 @@ void compile(domain& changed) {
         changed.uncompile();
         throw;
     }
+    for (node* function = changed.oldest; function != nullptr; function = function->newer)
+        function->value_failure = q_error_no_equilibrium;
     forest.is_compiled = true;
 }
 

@@ -3,6 +3,7 @@
 #include <array>
 #include <ctime>
 
+#include "chain_component.h"
 #include "log_nodes.h"
 #include "sizes.h"
 
@@ -29,6 +30,11 @@ void log_clique(log_file& log, const clique& made) {
     log_nodes(log, made.members);
 }
 
+// All on one line.
+void log_names(log_file& log, const handle_list<node>& nodes) {
+    for (node* listed : nodes) log.print("%s%s", listed == nodes[0] ? "" : ", ", node_name(*listed));
+}
+
 }  // namespace
 
 void log_time(log_file& log) {
@@ -41,6 +47,20 @@ void log_assignment(log_file& log, node& assigned, const clique& home) {
     if (log.is_set())
         log.print("    Node %s assigned to clique %s\n", node_name(assigned),
                   format_size(home.number).data());
+}
+
+void log_assignment(log_file& log, const chain_component& assigned, const clique& home_of_parents) {
+    if (!log.is_set()) return;
+    log.print("    Chain graph component (");
+    log_names(log, assigned.members);
+    log.print("):\n\tParents assigned to clique %s\n", format_size(home_of_parents.number).data());
+}
+
+void log_assignment(log_file& log, const table& potential, const clique& home) {
+    if (!log.is_set()) return;
+    log.print("    Potential (");
+    log_names(log, potential.nodes);
+    log.print(") assigned to clique %s\n", format_size(home.number).data());
 }
 
 void log_missing_table(log_file& log, node& checked) {

@@ -14,5 +14,7 @@ void log_root(log_file& log, const clique& root);
 void log_separator(log_file& log, const separator& made);
 void log_missing_table(log_file& log, node& checked);
 void log_assignment(log_file& log, node& assigned, const clique& home);
+void log_assignment(log_file& log, const chain_component& assigned, const clique& home_of_parents);
+void log_assignment(log_file& log, const table& potential, const clique& home);
 
 }  // namespace quarn

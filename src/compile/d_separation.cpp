@@ -6,11 +6,14 @@
 //   Cost     linear in nodes and links
 //   Differs  belief goes up neither from a function, which is computed from its parents and says nothing of them, nor
 //            from a decision, whose choice is free (so that evidence must not depend on one that is not made), nor to
-//            a real-valued function, of which there is no belief
+//            a real-valued function, of which there is no belief; a chain component counts as one node, whose parents and
+//            children are those of every member, so that observed members do not part the others from each other
 #include "d_separation.h"
 
+#include <utility>
 #include <vector>
 
+#include "chain_component.h"
 #include "errors.h"
 #include "node.h"
 
@@ -58,6 +61,8 @@ private:
         for_each(descendants, [&](node& descendant) { meet_ancestor(descendant); });
         while (!open_.empty()) {
             const node& met = take_open();
+            if (met.component != nullptr && std::exchange(met.component->mark, ancestral_) != ancestral_)
+                for (node* member : met.component->members) meet_ancestor(*member);
             if (!informs_parents(met)) continue;
             for (node* parent : met.parents)
                 if (parent->has_kind()) meet_ancestor(*parent);
@@ -80,24 +85,52 @@ private:
         while (!open_.empty()) {
             const node& met = take_open();
             const bool is_ancestral = met.mark == reached_ancestral_;
-            if (is_ancestral) reach_parents(met);
-            for (node* child : met.children) {
-                if (is_ancestral && child->mark == observed_) open_collider(*child);
-                reach_ancestral(*child);
-                reach_other(*child);
-            }
+            if (met.component == nullptr)
+                go_on_from(met, is_ancestral);
+            else if (std::exchange(met.component->mark, reached_other_) != reached_other_)
+                for (node* member : met.component->members) {
+                    reach(*member);
+                    go_on_from(*member, is_ancestral);
+                }
+        }
+    }
+
+    void go_on_from(const node& met, bool is_ancestral) {
+        if (is_ancestral) reach_parents(met);
+        for (node* child : met.children) {
+            if (is_ancestral && child->mark == observed_) open_collider(*child);
+            reach(*child);
         }
     }
 
     // From any of its parents, but once for all of them.
     void open_collider(node& observed) {
         observed.mark = opened_;
-        reach_parents(observed);
+        if (observed.component == nullptr) return reach_parents(observed);
+        reach_members(*observed.component);
+        if (observed.component->mark >= opened_) return;
+        observed.component->mark = opened_;
+        for (node* member : observed.component->members) reach_parents(*member);
+    }
+
+    void reach_members(chain_component& reached) {
+        if (reached.mark >= observed_) return;
+        reached.mark = observed_;
+        for (node* member : reached.members) reach_ancestral(*member);
     }
 
     void reach_parents(const node& child) {
         if (!informs_parents(child)) return;
-        for (node* parent : child.parents) reach_ancestral(*parent);
+        for (node* parent : child.parents)
+            if (parent->component == nullptr)
+                reach_ancestral(*parent);
+            else
+                reach_members(*parent->component);
+    }
+
+    void reach(node& met) {
+        reach_ancestral(met);
+        reach_other(met);
     }
 
     void reach_ancestral(node& met) {

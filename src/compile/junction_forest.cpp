@@ -12,9 +12,11 @@ table_size size_of(std::span<node* const> members) noexcept {
 
 void junction_forest::table_changed(const node& changed) noexcept {
     if (!is_compiled) return;
-    if (changed.has_kind())
+    if (changed.has_kind()) {
         of(changed).tree->tables_changed = true;
-    else if (changed.is_utility())
+        for (const compiled_component& normalized : components)
+            if (normalized.component == changed.component) normalized.tree->tables_changed = true;
+    } else if (changed.is_utility())
         utilities[changed.vertex].tree->tables_changed = true;
 }
 

@@ -80,16 +80,18 @@ struct separator {
     }
 };
 
-// One node's table, which goes into the clique that it is assigned to.
+// A table that goes into the clique that it is assigned to.
 struct assigned_table {
-    node* owner;
+    q_table* whole = nullptr;
+    node* owner = nullptr;  // whose own table it is; null: a chain component's
+    bool holds_logarithms = false;
     table_map in_clique;  // over the discrete nodes that are not excluded
     cg_plan in_cg_table;  // of the table of a continuous node
     // Where the table has excluded nodes: what is left of it in the configuration of these that was cut out last.
     std::unique_ptr<q_table> slice;
     std::ptrdiff_t slice_configuration = -1;  // -1: none yet
 
-    const q_table& numbers() const noexcept { return slice != nullptr ? *slice : *owner->own_table; }
+    const q_table& numbers() const noexcept { return slice != nullptr ? *slice : *whole; }
 };
 
 }  // namespace quarn
@@ -105,9 +107,10 @@ struct q_clique {
     std::unique_ptr<q_table> cg_table;  // with continuous members: given those of the separator to the parent
     std::unique_ptr<q_table> joint;     // alike, but of all members together, as far as the moments go
     double smallest_entry = 1;          // while messages come in: no positive entry of the table is smaller
-    quarn::handle_list<q_clique> neighbors;     // newest link first
-    quarn::separator* to_parent = nullptr;      // null: the root of its tree
-    std::vector<quarn::assigned_table> tables;  // in creation order of their nodes
+    quarn::handle_list<q_clique> neighbors;  // newest link first
+    quarn::separator* to_parent = nullptr;   // null: the root of its tree
+    std::vector<quarn::assigned_table>
+        tables;  // in creation order of their nodes, then those of chain components
     std::vector<quarn::assigned_table> utility_tables;
     bool is_active = false;        // in the present propagation: has something new to tell
     bool is_reversed = false;      // likewise: the root chosen is the clique or below it
@@ -133,6 +136,7 @@ struct q_junction_tree {
     std::vector<quarn::compiled_node*> excluded;  // whose tables go into the tree, or at least numbers
     bool has_utilities = false;
     bool has_continuous_nodes = false;
+    bool has_chain_tables = false;  // of chain components
 
     // Kept by propagation.
     q_equilibrium_t equilibrium = q_equilibrium_none;
@@ -192,6 +196,16 @@ struct compiled_utility {
     double maximum = 0;
 };
 
+// What is known of a chain component.
+struct compiled_component {
+    const chain_component* component = nullptr;
+    junction_tree* tree =
+        nullptr;  // that the normaliser goes into; with excluded members others may have the rest
+    // What the joint distribution of the members is multiplied by: over all parents, as logarithms, and a common factor.
+    std::unique_ptr<q_table> log_normalizer;
+    double log_factor = 0;
+};
+
 // The forest of a triangulated domain. When the domain is compiled, tables are assigned and there is room for numbers.
 struct junction_forest final : compiled_state {
     void table_changed(const node& changed) noexcept override;
@@ -208,6 +222,7 @@ struct junction_forest final : compiled_state {
     std::vector<std::unique_ptr<junction_tree>> trees;
     std::vector<compiled_node> nodes;  // by q_node::vertex: those of the moral graph, then the excluded ones
     std::vector<compiled_utility> utilities;  // in creation order
+    std::vector<compiled_component> components;
 
     // One number for each state of each node, in the same order.
     number_array beliefs;

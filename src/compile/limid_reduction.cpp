@@ -6,11 +6,13 @@
 //   Maps     a domain -> the links to remove; which these are does not depend on the order [Lauritzen & Nilsson 2001]
 //   Cost     a search is linear in nodes and links; one for each decision, again after a round that removed links
 //   Differs  from the d-separation that is asked for (d_separation.h): a decision passes on what its policy is based on,
-//            in both directions, and utilities are where the ways begin
+//            in both directions, and utilities are where the ways begin; a chain component is one node, which its parents
+//            lead to and each member is read off
 #include "limid_reduction.h"
 
 #include <vector>
 
+#include "chain_component.h"
 #include "links.h"
 
 namespace quarn {
@@ -18,9 +20,12 @@ namespace {
 
 // A node of the copied diagram, with what the last search knows of it.
 struct member {
-    node* original;
+    node* original;  // null: a chain component
     std::vector<member*> parents;
     std::vector<member*> children;
+
+    bool is_utility() const noexcept { return original != nullptr && original->is_utility(); }
+    bool is_decision() const noexcept { return original != nullptr && original->is(q_category_decision); }
 
     bool is_descendant = false;  // of the decision, or itself
     bool is_observed = false;    // in the family of the decision
@@ -40,13 +45,18 @@ class limid {
 public:
     explicit limid(domain& copied) {
         copied.number_nodes();
-        members_.reserve(copied.node_count);
+        members_.reserve(copied.node_count + copied.components.size());
         for (node* original = copied.oldest; original != nullptr; original = original->newer)
             members_.push_back({.original = original, .parents = {}, .children = {}});
-        for (member& child : members_) {
-            if (child.original->is_function()) continue;
-            for (const node* parent : child.original->parents)
-                if (parent->has_kind()) link(members_[parent->number - 1], child);
+        for (member& child : members_)
+            if (!child.original->is_function() && child.original->component == nullptr)
+                link_parents(*child.original, child);
+        for (const auto& component : copied.components) {
+            member& whole = members_.emplace_back();
+            for (const node* joined : component->members) {
+                link_parents(*joined, whole);
+                link(whole, members_[joined->number - 1]);
+            }
         }
     }
 
@@ -58,8 +68,7 @@ public:
             before = removed.size();
             // What is decided late is often created late; links that it loses may make earlier ones unneeded.
             for (auto decision = members_.rbegin(); decision != members_.rend(); ++decision)
-                if (decision->original->is(q_category_decision))
-                    remove_nonrequisite_parents(*decision, removed);
+                if (decision->is_decision()) remove_nonrequisite_parents(*decision, removed);
         } while (removed.size() > before);
         return removed;
     }
@@ -68,6 +77,11 @@ private:
     static void link(member& parent, member& child) {
         child.parents.push_back(&parent);
         parent.children.push_back(&child);
+    }
+
+    void link_parents(const node& original, member& child) {
+        for (const node* parent : original.parents)
+            if (parent->has_kind()) link(members_[parent->number - 1], child);
     }
 
     void remove_nonrequisite_parents(member& decision, std::vector<informational_link>& removed) {
@@ -104,7 +118,7 @@ private:
             for (member* child : met.children) {
                 if (child->is_descendant) continue;
                 child->is_descendant = true;
-                (child->original->is_utility() ? utilities : open).push_back(child);
+                (child->is_utility() ? utilities : open).push_back(child);
             }
         }
         return utilities;
@@ -137,7 +151,12 @@ private:
 
 std::size_t minimize_limid(domain& reduced) {
     const std::vector<informational_link> removed = limid(reduced).remove_nonrequisite_parents();
-    for (const auto& [decision, parent] : removed) remove_parent(*decision, *parent, 0);  // cannot fail
+    std::vector<prepared_removal> models;
+    for (const auto& [decision, parent] : removed)
+        if (decision->model) models.emplace_back(*decision->model, *parent, 0);
+
+    for (prepared_removal& prepared : models) prepared.commit();
+    for (const auto& [decision, parent] : removed) remove_parent(*decision, *parent, 0);  // cannot fail now
     return removed.size();
 }
 

@@ -1,4 +1,4 @@
-// Assignment of the nodes' tables to cliques.
+// Assignment of the tables of nodes and chain components to cliques.
 //
 //   Maps     triangulated domain -> domain ready for propagation
 //   Cost     near-linear in the sum of the families; then the tables are allocated, not filled
@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "chain_component.h"
 #include "clique_choice.h"
 #include "compile_log.h"
 #include "errors.h"
@@ -48,9 +49,9 @@ private:
     }
 
     // What a table is over when the excluded nodes are instantiated.
-    std::vector<node*> remaining_nodes(node& owner) const {
+    std::vector<node*> remaining_nodes(const table& whole) const {
         std::vector<node*> remaining;
-        std::ranges::copy_if(own_table(owner).nodes, std::back_inserter(remaining),
+        std::ranges::copy_if(whole.nodes, std::back_inserter(remaining),
                              [&](const node* member) { return is_vertex(*member); });
         return remaining;
     }
@@ -59,7 +60,7 @@ private:
         log_.print("\n\nAssignment of potentials to cliques:\n\n");
         const clique_index index(forest_);
         for_each_table([&](node& owner) {
-            const std::vector<node*> nodes = remaining_nodes(owner);
+            const std::vector<node*> nodes = remaining_nodes(own_table(owner));
             if (owner.is_utility()) {
                 owner.vertex = forest_.utilities.size();
                 forest_.utilities.emplace_back().owner = &owner;
@@ -68,19 +69,26 @@ private:
                 assign_to(index.smallest_with(nodes), owner, nodes);
             if (is_vertex(owner)) forest_.of(owner).tree->nodes.append(&owner);
         });
+        for (const auto& component : domain_.components) assign(*component, index);
     }
 
-    void assign_to(clique& home, node& owner, std::span<node* const> nodes) {
+    static assigned_table& assign_to(clique& home, std::vector<assigned_table>& tables, table& whole,
+                                     std::span<node* const> nodes) {
         const auto first_continuous = std::ranges::find_if(nodes, &node::is_continuous);
         const std::span<node* const> discrete(nodes.begin(), first_continuous);
-        assigned_table& assigned = (owner.is_utility() ? home.utility_tables : home.tables).emplace_back();
-        assigned.owner = &owner;
+        assigned_table& assigned = tables.emplace_back();
+        assigned.whole = &whole;
         assigned.in_clique = make_loop_plan(home.discrete_members(), discrete);
-        const table& whole = *owner.own_table;
         if (nodes.size() < whole.nodes.size()) {
             assigned.slice = new_table(whole.type, nullptr, nodes);
             assigned.slice->roles = whole.roles;
         }
+        return assigned;
+    }
+
+    void assign_to(clique& home, node& owner, std::span<node* const> nodes) {
+        auto& tables = owner.is_utility() ? home.utility_tables : home.tables;
+        assign_to(home, tables, *owner.own_table, nodes).owner = &owner;
         if (owner.is_utility()) {
             forest_.utilities.back().tree = home.tree;
             home.tree->has_utilities = true;
@@ -89,6 +97,27 @@ private:
             forest_.of(owner).tree = home.tree;
         }
         log_assignment(log_, owner, home);
+    }
+
+    void assign(const chain_component& component, const clique_index& index) {
+        std::vector<node*> parents = parents_of(component);
+        std::erase_if(parents, [](const node* parent) { return !parent->is_discrete(); });
+        compiled_component& compiled = forest_.components.emplace_back();
+        compiled.component = &component;
+        compiled.log_normalizer = new_table(table_type::zeros, nullptr, parents);
+        clique& home = assign_shared(*compiled.log_normalizer, index, true);
+        compiled.tree = home.tree;
+        log_assignment(log_, component, home);
+        for (const auto& potential : component.potentials)
+            log_assignment(log_, *potential, assign_shared(*potential, index, false));
+    }
+
+    clique& assign_shared(table& whole, const clique_index& index, bool holds_logarithms) {
+        const std::vector<node*> nodes = remaining_nodes(whole);
+        clique& home = index.smallest_with(nodes);
+        assign_to(home, home.tables, whole, nodes).holds_logarithms = holds_logarithms;
+        home.tree->has_chain_tables = true;
+        return home;
     }
 
     // An excluded node whose table has nothing left goes with its first child outside the list, or the first tree.

@@ -1,10 +1,13 @@
 #include "domain.h"
 
+#include "chain_component.h"
 #include "errors.h"
 #include "node.h"
 #include "user_data.h"
 
 using namespace quarn;
+
+q_domain::q_domain() = default;
 
 q_domain::~q_domain() {
     uncompile();

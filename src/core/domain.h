@@ -3,6 +3,7 @@
 
 #include <array>
 #include <memory>
+#include <vector>
 
 #include "attributes.h"
 #include "compile_settings.h"
@@ -17,6 +18,7 @@ namespace quarn {
 using domain = ::q_domain;
 using node = ::q_node;
 using table = ::q_table;
+struct chain_component;
 
 // What compilation makes of a domain; the modules above derive from it. A domain without one is not compiled.
 struct compiled_state {
@@ -59,7 +61,7 @@ private:
 }  // namespace quarn
 
 struct q_domain {
-    q_domain() = default;
+    q_domain();
     ~q_domain();
     q_domain(const q_domain&) = delete;
     q_domain& operator=(const q_domain&) = delete;
@@ -82,6 +84,7 @@ struct q_domain {
     quarn::node_counts counts;
     quarn::name_index names;
     uint64_t last_mark = 0;
+    std::vector<std::unique_ptr<quarn::chain_component>> components;  // in creation order
 
     int32_t node_width = 0;
     int32_t node_height = 0;

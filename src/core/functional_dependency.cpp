@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "chain_component.h"
 #include "errors.h"
 
 namespace quarn {
@@ -11,10 +12,11 @@ namespace {
 enum class trail_mode { around_functions, through_functions };
 
 // Marks all nodes whose beliefs a change at the start can reach: through parents with a kind (a function node depends
-// on its parents, it does not inform them) and through children. The link from `absent` to `child` is not there.
+// on its parents, it does not inform them), through children, and through chain components. The link from `absent` to
+// `child` is not there.
 class trail {
 public:
-    trail(node& start, trail_mode mode, const node* absent, const node& child)
+    trail(node& start, trail_mode mode, const node* absent = nullptr, const node* child = nullptr)
         : mark_(start.domain->new_mark()), mode_(mode), absent_(absent), child_(child) {
         visit(start);
         while (!open_.empty()) {
@@ -38,15 +40,19 @@ private:
         for (node* child : met.children)
             if ((mode_ == trail_mode::through_functions || !child->is_function()) && !is_absent(met, *child))
                 visit(*child);
+        if (chain_component* const joined = met.component; joined != nullptr && joined->mark != mark_) {
+            joined->mark = mark_;
+            for (node* member : joined->members) visit(*member);
+        }
     }
     bool is_absent(const node& from, const node& to) const noexcept {
-        return &from == absent_ && &to == &child_;
+        return &from == absent_ && &to == child_;
     }
 
     uint64_t mark_;
     trail_mode mode_;
     const node* absent_;
-    const node& child_;
+    const node* child_;
     std::vector<node*> open_;
 };
 
@@ -81,11 +87,11 @@ bool influences_only_real_functions(node& function) {
 // Whether a value that a function computes would depend on itself by way of beliefs.
 bool depends_on_itself(node& parent, node& child, const node* replaced) {
     const bool real_function = parent.is_real_function() || child.is_real_function();
-    if (!real_function && trail(parent, trail_mode::around_functions, replaced, child).reaches(child))
+    if (!real_function && trail(parent, trail_mode::around_functions, replaced, &child).reaches(child))
         return !parent.has_kind() || child.is_function();
-    if (trail(parent, trail_mode::through_functions, replaced, child).reaches(child))
+    if (trail(parent, trail_mode::through_functions, replaced, &child).reaches(child))
         return parent.has_kind() && !child.is_function();
-    return trail(child, trail_mode::through_functions, replaced, child).reaches(parent);
+    return trail(child, trail_mode::through_functions, replaced, &child).reaches(parent);
 }
 
 // Whether the link leaves what decisions are based on independent of the values of functions.
@@ -108,6 +114,24 @@ void require_no_functional_dependency(node& parent, node& child, const node* rep
     require(!depends_on_itself(parent, child, replaced), q_error_cyclic_functional_dependency);
     if (decisions_and_utilities > 0)
         require(decisions_are_independent(parent, child), q_error_functional_dependency);
+}
+
+void require_joinable_beliefs(std::span<node* const> joined) {
+    const node_counts& counts = joined.front()->domain->counts;
+    if (counts.functions() == 0 ||
+        (counts.function_links == 0 && std::ranges::none_of(joined, &node::is_function)))
+        return;
+    std::vector<const node*> apart;
+    for (node* start : joined) {
+        const trail before(*start, trail_mode::around_functions);
+        apart.clear();
+        for (const node* other : joined)
+            if (!before.reaches(*other)) apart.push_back(other);
+        if (apart.empty()) return;
+        const trail influenced(*start, trail_mode::through_functions);
+        for (const node* other : apart)
+            require(!influenced.reaches(*other), q_error_cyclic_functional_dependency);
+    }
 }
 
 bool functions_influence_variables(domain& tested) {

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 namespace quarn {
@@ -30,7 +31,7 @@ public:
         if (count + 1 > items_.capacity()) items_.reserve(std::max(count + 1, 2 * items_.capacity()));
     }
     void reserve_one_more() { reserve(size() + 1); }
-    bool has_room() const noexcept { return size() + 2 <= items_.capacity(); }
+    bool has_room(std::size_t more) const noexcept { return size() + more + 1 <= items_.capacity(); }
 
     void append(T* item) {
         reserve_one_more();
@@ -59,24 +60,25 @@ private:
     std::vector<T*> items_;  // empty, or ended by null
 };
 
-// An append in two steps: making room, which can fail and leaves the list and its array as they are, and the commitment,
-// which cannot fail. The list must not change in between.
+// Items that are appended in two steps: making room, which can fail and leaves the list and its array as they are, and the
+// commitment, which cannot fail. The list must not change in between.
 template <class T>
 class prepared_append {
 public:
-    prepared_append(handle_list<T>& list, T* item) : list_(&list), item_(item) {
-        if (list.has_room()) return;
-        longer_.reserve(2 * list.size() + 1);
+    prepared_append(handle_list<T>& list, std::vector<T*> items) : list_(&list), items_(std::move(items)) {
+        if (list.has_room(items_.size())) return;
+        longer_.reserve(2 * list.size() + items_.size());
         for (T* present : list) longer_.append(present);
     }
+    prepared_append(handle_list<T>& list, T* item) : prepared_append(list, std::vector{item}) {}
     void commit() noexcept {
-        if (!list_->has_room()) list_->swap(longer_);
-        list_->append(item_);
+        if (!list_->has_room(items_.size())) list_->swap(longer_);
+        for (T* item : items_) list_->append(item);
     }
 
 private:
     handle_list<T>* list_;
-    T* item_;
+    std::vector<T*> items_;
     handle_list<T> longer_;
 };
 

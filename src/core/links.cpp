@@ -1,6 +1,8 @@
 #include "links.h"
 
+#include <algorithm>
 #include <cstring>
+#include <optional>
 
 #include "ancestry.h"
 #include "errors.h"
@@ -24,18 +26,20 @@ void require_linkable(node& child, node& parent, const node* replaced) {
     require_no_functional_dependency(parent, child, replaced);
 }
 
-prepared_tables tables_with_parent(node& child, node& parent) {
-    prepared_tables tables;
-    if (child.is_function() || !parent.has_kind()) return tables;
-    const auto add = [&](std::unique_ptr<table>& target) {
-        if (target) tables.add(*target, with_node(*target, parent, cg_role::tail));
+// Prepares the tables of a child that gets these parents.
+void widen_tables(prepared_tables& tables, node& child, std::span<node* const> added) {
+    if (child.is_function()) return;
+    const auto widen = [&](const std::unique_ptr<table>& target, bool by_continuous_nodes) {
+        if (!target) return;
+        std::optional<table> wider;
+        for (node* parent : added)
+            if (parent->is_discrete() || (by_continuous_nodes && parent->is_continuous()))
+                wider.emplace(with_node(wider ? *wider : *target, *parent, cg_role::tail));
+        if (wider) tables.add(*target, *std::move(wider));
     };
-    add(child.own_table);
-    if (parent.is_discrete()) {
-        add(child.experience);
-        add(child.fading);
-    }
-    return tables;
+    widen(child.own_table, true);
+    widen(child.experience, false);
+    widen(child.fading, false);
 }
 
 bool same_states(const node& a, const node& b) noexcept {
@@ -54,32 +58,58 @@ bool is_interchangeable(const node& a, const node& b) noexcept {
 
 }  // namespace
 
+prepared_links::prepared_links(std::span<node* const> children, std::span<node* const> parents) {
+    const auto is_new = [](const node& child, const node& parent) {
+        return !child.parents.contains(&parent);
+    };
+    for (node* parent : parents) {
+        std::vector<node*> added;
+        for (node* child : children)
+            if (is_new(*child, *parent)) added.push_back(child);
+        for (node* child : added) links_.emplace_back(parent, child);
+        if (!added.empty()) appended_.emplace_back(parent->children, std::move(added));
+    }
+    for (node* child : children) {
+        std::vector<node*> added;
+        for (node* parent : parents)
+            if (is_new(*child, *parent)) added.push_back(parent);
+        if (added.empty()) continue;
+        widen_tables(tables_, *child, added);
+        appended_.emplace_back(child->parents, std::move(added));
+    }
+}
+
+void prepared_links::commit() noexcept {
+    tables_.commit();
+    for (prepared_append<node>& appended : appended_) appended.commit();
+    for (const auto& [parent, child] : links_) {
+        child->domain->counts.add_link(parent->category, child->category);
+        if (child->is_function()) continue;
+        child->table_changed();
+        child->domain->uncompile();
+    }
+}
+
 void add_parent(node& child, node& parent) {
     require_linkable(child, parent, nullptr);
-    prepared_tables tables = tables_with_parent(child, parent);
-    prepared_append new_parent(child.parents, &parent);
-    prepared_append new_child(parent.children, &child);
-
-    tables.commit();
-    new_parent.commit();
-    new_child.commit();
-    child.domain->counts.add_link(parent.category, child.category);
-    if (child.is_function()) return;
-    child.table_changed();
-    child.domain->uncompile();
+    node *const children[]{&child}, *const parents[]{&parent};
+    prepared_links(children, parents).commit();
 }
 
 void forget_parent(node& child, node& parent, std::size_t kept_state) noexcept {
     child.parents.remove(&parent);
     child.domain->counts.remove_link(parent.category, child.category);
     if (child.is_function() || !parent.has_kind()) return;  // no table has the parent
-    for_each_table_of(child, [&](table& affected) { remove_node(affected, parent, kept_state); });
+    const auto remove = [&](table& affected) { remove_node(affected, parent, kept_state); };
+    for_each_table_of(child, remove);
+    for_each_potential_over(child, parent, remove);
     child.table_changed();
     child.domain->uncompile();
 }
 
 void remove_parent(node& child, node& parent, std::size_t kept_state) {
     require(child.parents.contains(&parent));
+    if (child.model) prepared_removal(*child.model, parent, kept_state).commit();
     parent.children.remove(&child);
     forget_parent(child, parent, kept_state);
 }
@@ -88,13 +118,33 @@ void switch_parent(node& child, node& old_parent, node& new_parent) {
     require(child.parents.contains(&old_parent));
     require_linkable(child, new_parent, &old_parent);
     require(is_interchangeable(old_parent, new_parent));
-    prepared_append new_child(new_parent.children, &child);
+    node* const added[]{&new_parent};
+    std::vector<node*> new_children{&child};
+    std::vector<prepared_append<node>> appended;
+    prepared_tables tables;
+    for_each_potential_over(child, old_parent, [&](const table& shared) {
+        for (node* member : shared.nodes) {
+            if (member->component != child.component || member->parents.contains(&new_parent) ||
+                std::ranges::find(new_children, member) != new_children.end())
+                continue;
+            new_children.push_back(member);
+            appended.emplace_back(member->parents, &new_parent);
+            widen_tables(tables, *member, added);
+        }
+    });
+    appended.emplace_back(new_parent.children, new_children);
 
+    const auto replace = [&](table& affected) { replace_node(affected, old_parent, new_parent); };
+    for_each_potential_over(child, old_parent, replace);
+    for_each_table_of(child, replace);
+    tables.commit();
     child.parents.replace(child.parents.index_of(&old_parent), &new_parent);
     old_parent.children.remove(&child);
-    new_child.commit();
-    for_each_table_of(child, [&](table& affected) { replace_node(affected, old_parent, new_parent); });
-    child.table_changed();
+    for (prepared_append<node>& more : appended) more.commit();
+    if (child.model) replace_node(*child.model, old_parent, new_parent);
+    for (node* linked : new_children) linked->table_changed();
+    for (std::size_t more = 1; more < new_children.size(); ++more)
+        child.domain->counts.add_link(new_parent.category, child.category);
     child.domain->uncompile();
 }
 

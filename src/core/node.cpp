@@ -58,7 +58,8 @@ node& create_node(domain& owner, q_category_t category, q_kind_t kind, q_subtype
 void set_category(node& changed, q_category_t category) {
     require(category == q_category_chance || category == q_category_decision);
     if (changed.is(category)) return;
-    require(changed.is_discrete() && !changed.is_function() && !changed.experience && !changed.fading);
+    require(changed.is_discrete() && !changed.is_function() && !changed.experience && !changed.fading &&
+            changed.component == nullptr);
     if (category == q_category_decision) require_admissible(*changed.domain, category, changed.kind);
     node_counts& counts = changed.domain->counts;
     --counts.of_category(changed.category);
@@ -136,6 +137,7 @@ node& clone_node(node& original) {
     copy_properties(original, *clone);
     clone->parents = original.parents;
     clone->own_table = copy_own_table(original, *clone);
+    if (original.model) clone->model = copy_model(*original.model, *clone);
     std::vector<prepared_append<node>> new_children;
     new_children.reserve(original.parents.size());
     for (node* parent : original.parents) new_children.emplace_back(parent->children, clone.get());
@@ -147,8 +149,14 @@ node& clone_node(node& original) {
     return *clone.release();
 }
 
-void delete_node(node& deleted) noexcept {
+void delete_node(node& deleted) {
+    require(deleted.component == nullptr);
+    std::vector<prepared_removal> models;
+    for (const node* child : deleted.children)
+        if (child->model) models.emplace_back(*child->model, deleted, 0);
+
     run_cleanup(deleted);
+    for (prepared_removal& prepared : models) prepared.commit();
     for (node* parent : deleted.parents) {
         parent->children.remove(&deleted);
         deleted.domain->counts.remove_link(parent->category, deleted.category);

@@ -10,6 +10,7 @@
 #include "domain.h"
 #include "findings.h"
 #include "handle_list.h"
+#include "model.h"
 #include "quarn.h"
 #include "table.h"
 
@@ -57,7 +58,8 @@ struct q_node {
 
     node_list parents;
     node_list children;
-    node_list relatives;  // result of the last query of ancestors or descendants
+    node_list relatives;                          // result of the last query of ancestors or descendants
+    quarn::chain_component* component = nullptr;  // that it is a member of; null: none
 
     // Discrete nodes only.
     std::size_t state_count = 1;
@@ -69,12 +71,18 @@ struct q_node {
     bool value_is_entered = false;
     double entered_value = 0;
 
+    // Functions only, as of the last propagation: of a real-valued one its value, and why it has none; of a discrete one
+    // why its table could not be computed.
+    double value = 0;
+    q_error_t value_failure = q_error_no_equilibrium;
+
     // Evidence on this node is entered on that one too, and its results are read there. Nothing links nodes yet.
     q_node* linked = nullptr;
 
     std::unique_ptr<q_table> own_table;  // probabilities, policy, density or utilities; null until asked for
     std::unique_ptr<q_table> experience;
     std::unique_ptr<q_table> fading;
+    std::unique_ptr<q_model> model;  // expressions; null: none
     bool table_is_valid =
         false;  // checked, and its distributions divided by their sums, since the last change
 };
@@ -98,6 +106,7 @@ void set_node_name(node& named, const char* name);
 // The name of a node, an automatic one being given first where there is none.
 const char* node_name(node& named);
 node& clone_node(node& original);
-void delete_node(node& deleted) noexcept;
+// Fails with q_error_usage for a member of a chain component, else only where a child has a model.
+void delete_node(node& deleted);
 
 }  // namespace quarn

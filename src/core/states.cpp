@@ -34,6 +34,8 @@ void fit_evidence(findings& evidence, std::size_t count) noexcept {
 }
 
 void add_states(node& changed, std::size_t count) {
+    std::vector<prepared_states> models;
+    for_each_model_over(changed, [&](model& affected) { models.emplace_back(affected, changed, count); });
     prepared_tables tables;
     for_each_family_table(changed, [&](table& affected) {
         if (affected.nodes.contains(&changed))
@@ -42,12 +44,14 @@ void add_states(node& changed, std::size_t count) {
     if (!changed.state_labels.empty()) changed.state_labels.reserve(count);
     if (!changed.state_values.empty()) changed.state_values.reserve(count + 1);
 
+    for (prepared_states& prepared : models) prepared.commit();
     tables.commit();
     resize_state_arrays(changed, count);
 }
 
 void remove_states(node& changed, std::size_t count) noexcept {
     for_each_family_table(changed, [&](table& affected) { drop_states(affected, changed, count); });
+    for_each_model_over(changed, [&](model& affected) { drop_states(affected, changed, count); });
     resize_state_arrays(changed, count);
 }
 
@@ -212,6 +216,7 @@ void reorder_states(node& changed, const char* const* labels) {
     std::vector<text> label_scratch(changed.state_labels.size());
     std::vector<double> weight_scratch(changed.state_count);
     std::vector<double> entry_scratch(changed.state_count);
+    std::vector<owned_expression> expression_scratch(changed.state_count);
 
     permute(changed.state_labels, label_scratch, positions);
     findings& evidence = changed.evidence;
@@ -220,6 +225,9 @@ void reorder_states(node& changed, const char* const* labels) {
         evidence.index = static_cast<int64_t>(positions[static_cast<std::size_t>(evidence.index)]);
     for_each_family_table(
         changed, [&](table& affected) { permute_states(affected, changed, positions, entry_scratch); });
+    for_each_model_over(
+        changed, [&](model& affected) { permute_states(affected, changed, positions, expression_scratch); });
+    if (changed.model) permute_weights(*changed.model, positions, expression_scratch);
     family_tables_changed(changed);
     changed.domain->uncompile();
 }

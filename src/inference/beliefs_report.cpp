@@ -28,7 +28,7 @@ public:
         if (has_utilities_) log_.print("\nOverall expected utility: %g\n", expected_utility(domain_));
         print_section([](const node& n) { return n.is_real_function(); },
                       [&] { log_.print("\n\nValues for real-valued function nodes:\n"); },
-                      [&](node& n) { log_.print("\n    %s: N/A\n", node_name(n)); });
+                      [&](node& n) { print_value(n); });
     }
 
 private:
@@ -81,6 +81,13 @@ private:
     void end_line(const node& printed, std::size_t state) {
         if (has_utilities_) log_.print(" (%g)", expected_utility(printed, state));
         log_.print("\n");
+    }
+
+    void print_value(node& function) {
+        if (function.value_failure == q_error_none)
+            log_.print("\n    %s: %g\n", node_name(function), function.value);
+        else
+            log_.print("\n    %s: N/A\n", node_name(function));
     }
 
     void print_continuous(node& printed) {

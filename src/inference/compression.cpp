@@ -13,6 +13,7 @@
 
 #include "beliefs.h"
 #include "errors.h"
+#include "function_nodes.h"
 #include "initial_tables.h"
 #include "propagation.h"
 #include "table_operations.h"
@@ -136,11 +137,13 @@ private:
     std::vector<new_size> tables_;
 };
 
-void restore_all(junction_forest& forest, const workers& allowed) {
-    for (const auto& tree : forest.trees) {
-        restore_prior({forest, *tree, allowed}, policies::all);
-        update_results({forest, *tree, allowed}, q_equilibrium_sum, q_mode_normal);
-    }
+void restore_all(domain& compressed, junction_forest& forest, const workers& allowed) {
+    const auto restore = [&](junction_tree& tree) {
+        const tree_context in{forest, tree, allowed};
+        restore_prior(in, policies::all);
+        update_results(in, q_equilibrium_sum, q_mode_normal);
+    };
+    propagate_in_order(compressed, forest, std::ref(restore));
 }
 
 double bytes_of(const junction_forest& forest) noexcept {
@@ -160,7 +163,7 @@ double bytes_of(const junction_forest& forest) noexcept {
 
 double compress(domain& compressed) {
     require(compressed.settings.excluded.empty() && compressed.counts.continuous == 0 &&
-            compressed.counts.of_category(q_category_utility) == 0);
+            compressed.counts.of_category(q_category_utility) == 0 && compressed.components.empty());
     junction_forest* const forest = forest_of(compressed);
     require(forest != nullptr, q_error_not_compiled);
     for (const auto& tree : forest->trees)
@@ -169,13 +172,14 @@ double compress(domain& compressed) {
         std::ranges::for_each(tree->nodes, [](node* n) { validate_distributions(*n); });
     const double before = bytes_of(*forest);
     try {
-        restore_all(*forest, compressed.workers);
+        restore_all(compressed, *forest, compressed.workers);
         compression prepared(*forest, compressed.workers);
         prepared.prepare();
         prepared.commit();
-        restore_all(*forest, {});
+        restore_all(compressed, *forest, {});
     } catch (...) {
         for (const auto& tree : forest->trees) recover({*forest, *tree, {}});
+        update_functions(compressed);
         throw;
     }
     return bytes_of(*forest) / before;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "chain_component.h"
+
 namespace quarn {
 namespace {
 
@@ -12,13 +14,18 @@ decisions later_decisions(node& first) {
     const uint64_t met = first.domain->new_mark();
     std::vector<node*> reached{&first};
     decisions later;
+    const auto meet = [&](node& descendant) {
+        if (descendant.mark == met) return;
+        descendant.mark = met;
+        reached.push_back(&descendant);
+        if (descendant.is(q_category_decision)) later.push_back(&descendant);
+    };
     for (std::size_t next = 0; next < reached.size(); ++next)
-        for (node* child : reached[next]->children) {
-            if (child->mark == met) continue;
-            child->mark = met;
-            reached.push_back(child);
-            if (child->is(q_category_decision)) later.push_back(child);
-        }
+        for (node* child : reached[next]->children)
+            if (child->component == nullptr)
+                meet(*child);
+            else
+                for (node* member : child->component->members) meet(*member);
     std::ranges::sort(later, std::greater(), &node::number);
     return later;
 }

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "chain_component.h"
 #include "errors.h"
 #include "evidence.h"
 
@@ -26,15 +27,20 @@ void require_free_will(const domain& propagated, const junction_tree& tree) {
     std::vector<node*> influencing = open_decisions(tree);
     if (influencing.empty()) return;
     const uint64_t influenced = influencing.front()->domain->new_mark();
+    const auto meet = [&](node& met) {
+        if (!met.is(q_category_chance) || met.mark == influenced) return;
+        require(!evidence_is_entered(met), q_error_invalid_evidence);
+        met.mark = influenced;
+        influencing.push_back(&met);
+    };
     while (!influencing.empty()) {
         const node& met = *influencing.back();
         influencing.pop_back();
-        for (node* child : met.children) {
-            if (!child->is(q_category_chance) || child->mark == influenced) continue;
-            require(!evidence_is_entered(*child), q_error_invalid_evidence);
-            child->mark = influenced;
-            influencing.push_back(child);
-        }
+        for (node* child : met.children)
+            if (child->component == nullptr)
+                meet(*child);
+            else
+                for (node* member : child->component->members) meet(*member);
     }
 }
 

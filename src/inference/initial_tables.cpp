@@ -4,8 +4,10 @@
 #include <cmath>
 #include <new>
 
+#include "chain_normalizer.h"
 #include "errors.h"
 #include "evidence.h"
+#include "log_weights.h"
 #include "message_passing.h"
 #include "moments.h"
 #include "table_slices.h"
@@ -79,12 +81,45 @@ void clear_tables(junction_tree& tree, number_scale scale) noexcept {
 void validate_tables(const tree_context& in) {
     for (node* member : in.tree.nodes) validate_distributions(*member);
     for (const compiled_node* excluded : in.tree.excluded) validate_distributions(*excluded->owner);
-    for (clique* home : in.tree.cliques)
+    for (clique* home : in.tree.cliques) {
+        for (const assigned_table& assigned : home->tables)
+            if (assigned.owner == nullptr && !assigned.holds_logarithms) validate_potential(*assigned.whole);
         for (const assigned_table& assigned : home->utility_tables) validate_utilities(*assigned.owner);
+    }
+    for (compiled_component& component : in.forest.components)
+        if (component.tree == &in.tree) update_normalizer(component, in.workers);
+}
+
+// Numbers of any size, their largest counted apart.
+void multiply_scaled_into(const tree_context& in, clique& home, const assigned_table& assigned) {
+    const table& numbers = assigned.numbers();
+    const double largest = *std::ranges::max_element(numbers.data);
+    require(assigned.holds_logarithms || largest > 0, q_error_inconsistency_or_underflow);
+    number_array factors(numbers.size);
+    for (std::size_t i = 0; i < factors.size(); ++i) {
+        const double number = numbers.data[i];
+        factors[i] = assigned.holds_logarithms ? std::exp(number - largest) : number / largest;
+        if (factors[i] < smallest_exact && (assigned.holds_logarithms || number > 0))
+            in.tree.is_extensible = false;
+    }
+    count_logarithm(in.tree, assigned.holds_logarithms ? largest : std::log(largest));
+    multiply_into(in, home, assigned.in_clique, factors.span());
+}
+
+void take_chain_table(const tree_context& in, clique& home, assigned_table& assigned, number_scale scale) {
+    update_slice(in.forest, assigned);
+    const std::span<const double> numbers = assigned.numbers().data.span();
+    if (scale == number_scale::linear)
+        multiply_scaled_into(in, home, assigned);
+    else if (assigned.holds_logarithms)
+        add(assigned.in_clique, home.weights().data(), numbers.data(), in.workers);
+    else
+        add_logarithms(in, home, assigned.in_clique, numbers);
 }
 
 void take_table(const tree_context& in, clique& home, assigned_table& assigned, policies taken,
                 number_scale scale) {
+    if (assigned.owner == nullptr) return take_chain_table(in, home, assigned, scale);
     node& owner = *assigned.owner;
     compiled_node& compiled = in.forest.of(owner);
     update_slice(in.forest, assigned);
@@ -143,6 +178,8 @@ void fill_tables(const tree_context& in, policies taken, number_scale scale) {
         require_exact(number);
         count_in(in.tree, number);
     }
+    for (const compiled_component& component : in.forest.components)
+        if (component.tree == &in.tree) count_logarithm(in.tree, component.log_factor);
     collect_moments(in);
     in.tree.prior_normalization = known_prior(in);
     in.tree.prior_log_normalization = std::log(in.tree.prior_normalization);
@@ -153,6 +190,7 @@ void calibrate(const tree_context& in) {
     for (clique* holder : in.tree.cliques) holder->is_active = true;
     pass_messages(in, q_equilibrium_sum, q_mode_normal, in.tree.root);
     in.tree.equilibrium = q_equilibrium_sum;
+    if (!std::isfinite(in.tree.normalization)) in.tree.normalization = std::exp(in.tree.log_normalization);
     in.tree.prior_excess = in.tree.log_normalization - in.tree.prior_log_normalization;
     forget_rounding(in.tree);
     in.tree.prior_normalization = in.tree.normalization;
@@ -208,12 +246,31 @@ void save_tables(const tree_context& in) noexcept {
     for_each_role(in.tree, [&](cg_role saved) { *role++ = saved; });
 }
 
+namespace {
+
+// Tables of chain components may hold numbers that nearly vanish but are decisive.
+bool is_restored_exactly(const tree_context& in, policies taken) {
+    try {
+        fill_tables(in, taken);
+        calibrate(in);
+    } catch (const failure&) {
+        if (!in.tree.has_chain_tables || in.tree.is_extensible) throw;
+    }
+    return !in.tree.has_chain_tables || in.tree.is_extensible;
+}
+
+}  // namespace
+
 void restore_prior(const tree_context& in, policies taken) {
     const bool is_current = copy_is_current(in, taken);
     reset_tree(in);
     if (is_current) return restore_tables(in);
-    fill_tables(in, taken);
-    calibrate(in);
+    if (!is_restored_exactly(in, taken)) {
+        reset_tree(in);
+        fill_tables(in, taken, number_scale::logarithmic);
+        log_weights(in).restore();
+        calibrate(in);
+    }
     if (in.tree.is_extensible && may_save_tables(in.forest)) save_tables(in);
 }
 

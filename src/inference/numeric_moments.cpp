@@ -1,39 +1,24 @@
 #include "numeric_moments.h"
 
 #include <algorithm>
-#include <limits>
-#include <numeric>
 
-#include "errors.h"
-#include "states.h"
+#include "state_numbers.h"
 
 namespace quarn {
 namespace {
 
-constexpr double infinite = std::numeric_limits<double>::max();
+double spread(const interval& of) noexcept {
+    const double width = of.upper - of.lower;
+    return of.is_finite() ? width * width / 12 : 0;
+}
 
-struct interval {
-    double lower, upper;
-
-    bool is_finite() const noexcept { return lower > -infinite && upper < infinite; }
-    double middle() const noexcept {
-        if (lower <= -infinite) return upper;
-        return upper >= infinite ? lower : std::midpoint(lower, upper);
-    }
-    double variance() const noexcept {
-        const double width = upper - lower;
-        return is_finite() ? width * width / 12 : 0;
-    }
-};
-
-mean_and_variance interval_moments(std::span<const double> bounds, std::span<const double> beliefs) {
-    require(bounds.front() > -infinite || bounds[1] < infinite, q_error_invalid_state_values);
+mean_and_variance interval_moments(std::span<const double> bounds, std::span<const double> beliefs) noexcept {
     const auto state = [&](std::size_t s) { return interval{bounds[s], bounds[s + 1]}; };
     mean_and_variance result{0, 0};
     for (std::size_t s = 0; s < beliefs.size(); ++s) result.mean += beliefs[s] * state(s).middle();
     for (std::size_t s = 0; s < beliefs.size(); ++s) {
         const double distance = state(s).middle() - result.mean;
-        result.variance += beliefs[s] * (distance * distance + state(s).variance());
+        result.variance += beliefs[s] * (distance * distance + spread(state(s)));
     }
     return result;
 }
@@ -50,7 +35,7 @@ mean_and_variance value_moments(std::span<const double> values, std::span<const 
 }  // namespace
 
 mean_and_variance numeric_moments(const node& with_values, std::span<const double> beliefs) {
-    require(state_values_are_valid(with_values), q_error_invalid_state_values);
+    require_state_numbers(with_values);
     return with_values.subtype == q_subtype_interval ? interval_moments(with_values.state_values, beliefs)
                                                      : value_moments(with_values.state_values, beliefs);
 }

@@ -17,6 +17,7 @@
 #include "decision_order.h"
 #include "errors.h"
 #include "evidence.h"
+#include "function_nodes.h"
 #include "initial_tables.h"
 #include "limid_messages.h"
 #include "propagation.h"
@@ -116,7 +117,6 @@ void update_tree(const tree_context& in, std::span<node* const> ordered) {
         throw;
     }
     in.tree.tables_changed = true;
-    propagate_tree(in, q_equilibrium_sum, q_mode_normal);
 }
 
 }  // namespace
@@ -148,7 +148,12 @@ void update_policies(domain& compiled) {
     require_clean(*forest);
     if (forest->utilities.empty()) return;
     const std::vector<node*> ordered = order_decisions(compiled);
-    for (const auto& tree : forest->trees) update_tree({*forest, *tree, compiled.workers}, ordered);
+    const auto update_and_propagate = [&](junction_tree& tree) {
+        const tree_context in{*forest, tree, compiled.workers};
+        update_tree(in, ordered);
+        propagate_tree(in, q_equilibrium_sum, q_mode_normal);
+    };
+    propagate_in_order(compiled, *forest, std::ref(update_and_propagate));
 }
 
 }  // namespace quarn

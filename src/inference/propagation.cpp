@@ -15,6 +15,7 @@
 #include "errors.h"
 #include "evidence.h"
 #include "free_will.h"
+#include "function_nodes.h"
 #include "initial_tables.h"
 #include "log_weights.h"
 #include "message_passing.h"
@@ -46,6 +47,7 @@ public:
         equilibrium_ = q_equilibrium_sum;
         mode_ = q_mode_normal;
         try {
+            require(failed_function(tree_) == q_error_none, failed_function(tree_));
             restore_prior(in_, policies::all);
             finish();
         } catch (...) {  // the tables themselves are at fault, or there is no memory even for this
@@ -188,8 +190,10 @@ void propagate(domain& compiled, q_equilibrium_t equilibrium, q_mode_t mode) {
     require(mode == q_mode_normal || !forest->is_compressed, q_error_compressed);
     for (const auto& tree : forest->trees) require_free_will(compiled, *tree);
     require_excluded_are_instantiated(compiled);
-    for (const auto& tree : forest->trees)
-        propagate_tree({*forest, *tree, compiled.workers}, equilibrium, mode);
+    const auto propagate_each = [&](junction_tree& tree) {
+        propagate_tree({*forest, tree, compiled.workers}, equilibrium, mode);
+    };
+    propagate_in_order(compiled, *forest, std::ref(propagate_each));
 }
 
 void propagate(junction_tree& tree, clique* root, q_equilibrium_t equilibrium, q_mode_t mode) {
@@ -201,7 +205,19 @@ void propagate(junction_tree& tree, clique* root, q_equilibrium_t equilibrium, q
     require(mode == q_mode_normal || !forest->is_compressed, q_error_compressed);
     require_free_will(compiled, tree);
     require_excluded_are_instantiated(compiled);
-    propagate_tree({*forest, tree, compiled.workers}, equilibrium, mode, root);
+    const tree_context in{*forest, tree, compiled.workers};
+    require(update_functions(compiled), q_error_no_memory);
+    if (const q_error_t failed = failed_function(tree); failed != q_error_none) {
+        reset_tree(in);
+        throw failure(failed);
+    }
+    try {
+        propagate_tree(in, equilibrium, mode, root);
+    } catch (...) {
+        update_functions(compiled);
+        throw;
+    }
+    require(update_functions(compiled), q_error_no_memory);
 }
 
 void propagate_tree(const tree_context& in, q_equilibrium_t equilibrium, q_mode_t mode, clique* root) {

@@ -20,6 +20,8 @@ bool holds_posteriors(const junction_tree& tree) noexcept {
 
 }  // namespace
 
+bool holds_posteriors(const node& asked) { return holds_posteriors(*propagated_node(asked).tree); }
+
 const junction_forest& propagated_forest(const domain& asked) {
     const junction_forest& forest = required_forest(asked);
     for (const auto& tree : forest.trees) require_equilibrium(*tree);
@@ -44,14 +46,15 @@ mean_and_variance continuous_moments(const node& asked) {
 
 mean_and_variance numeric_marginal(const node& asked) {
     require(asked.has_values());
-    require(holds_posteriors(*propagated_node(asked).tree));
+    require(holds_posteriors(asked));
     return numeric_moments(asked, beliefs_of(asked));
 }
 
 double function_value(const node& asked) {
     require(asked.is_real_function());
-    (void)propagated_forest(*asked.domain);
-    throw failure(q_error_computation_failed);  // no function has a model yet
+    (void)required_forest(*asked.domain);
+    require(asked.value_failure == q_error_none, asked.value_failure);
+    return asked.value;
 }
 
 const compiled_utility& utility_results(const node& asked) {

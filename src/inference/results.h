@@ -6,6 +6,9 @@
 
 namespace quarn {
 
+// Whether the beliefs in the states of a node are probabilities given all the evidence. Fails as the functions below.
+bool holds_posteriors(const node& asked);
+
 // The forest of a domain that was propagated. Fails with q_error_not_compiled or q_error_no_equilibrium.
 const junction_forest& propagated_forest(const domain& asked);
 

@@ -25,6 +25,11 @@ double count_in(junction_tree& tree, double divisor) noexcept {
     return divisor;
 }
 
+void count_logarithm(junction_tree& tree, double logarithm) noexcept {
+    tree.normalization *= std::exp(logarithm);
+    tree.log_normalization += logarithm;
+}
+
 void divide(junction_tree& tree, clique& divided, double divisor) noexcept {
     const std::span<double> numbers = divided.weights();
     scale(numbers.data(), numbers.size(), 1 / count_in(tree, divisor));

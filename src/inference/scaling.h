@@ -28,6 +28,8 @@ void require_exact(double number);
 // Takes a number that was divided by, or that multiplies everything, into the constant.
 double count_in(junction_tree& tree, double divisor) noexcept;
 void divide(junction_tree& tree, clique& divided, double divisor) noexcept;
+// A number that may be no ordinary one, by its logarithm.
+void count_logarithm(junction_tree& tree, double logarithm) noexcept;
 
 // Factors that are at most 1, not all of them 0. Fails with q_error_inconsistency_or_underflow when nothing is left.
 void multiply_into(const tree_context& in, clique& target, const table_map& map,

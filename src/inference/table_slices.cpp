@@ -42,12 +42,12 @@ void walk_slice(const junction_forest& forest, const table& whole, const table& 
 
 bool has_stale_slice(const junction_forest& forest, const junction_tree& tree) noexcept {
     if (forest.excluded().empty()) return false;
-    const auto is_stale = [&](const node& owner, std::ptrdiff_t configuration) {
-        return configuration != excluded_configuration(forest, *owner.own_table);
+    const auto is_stale = [&](const table& whole, std::ptrdiff_t configuration) {
+        return configuration != excluded_configuration(forest, whole);
     };
     const auto has_stale = [&](const std::vector<assigned_table>& tables) {
         return std::ranges::any_of(tables, [&](const assigned_table& assigned) {
-            return assigned.slice != nullptr && is_stale(*assigned.owner, assigned.slice_configuration);
+            return assigned.slice != nullptr && is_stale(*assigned.whole, assigned.slice_configuration);
         });
     };
     return std::ranges::any_of(tree.cliques,
@@ -55,13 +55,14 @@ bool has_stale_slice(const junction_forest& forest, const junction_tree& tree) n
                                    return has_stale(holder->tables) || has_stale(holder->utility_tables);
                                }) ||
            std::ranges::any_of(tree.excluded, [&](const compiled_node* excluded) {
-               return excluded->home == nullptr && is_stale(*excluded->owner, excluded->number_configuration);
+               return excluded->home == nullptr &&
+                      is_stale(*excluded->owner->own_table, excluded->number_configuration);
            });
 }
 
 void update_slice(const junction_forest& forest, assigned_table& assigned) {
     if (assigned.slice == nullptr) return;
-    table& whole = *assigned.owner->own_table;
+    table& whole = *assigned.whole;
     const std::ptrdiff_t configuration = excluded_configuration(forest, whole);
     require(configuration >= 0, q_error_invalid_evidence);
     whole.materialise();
@@ -77,8 +78,8 @@ void update_slice(const junction_forest& forest, assigned_table& assigned) {
 
 void store_slice(const junction_forest& forest, const assigned_table& assigned) {
     if (assigned.slice == nullptr) return;
-    number_array& whole = assigned.owner->own_table->data;
-    walk_slice(forest, *assigned.owner->own_table, *assigned.slice,
+    number_array& whole = assigned.whole->data;
+    walk_slice(forest, *assigned.whole, *assigned.slice,
                [&](std::size_t to, std::size_t from) noexcept { whole[to] = assigned.slice->data[from]; });
 }
 

@@ -54,6 +54,12 @@ void validate_distributions(node& owner) {
     owner.table_is_valid = true;
 }
 
+void validate_potential(table& shared) {
+    shared.materialise();
+    require(std::ranges::all_of(shared.data, [](double p) { return p >= 0 && std::isfinite(p); }),
+            q_error_invalid_probability_potential);
+}
+
 void validate_utilities(node& owner) {
     table& validated = own_table(owner);
     validated.materialise();
