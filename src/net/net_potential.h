@@ -1,4 +1,5 @@
-// Potentials of the NET language: the links to a node and its table.
+// Potentials of the NET language: the links to a node, its tables and its model; what the nodes of a chain component
+// share.
 #pragma once
 
 #include <unordered_set>
@@ -17,27 +18,36 @@ public:
 
 private:
     struct head {
-        node* child = nullptr;
+        std::vector<node*> children;
         std::vector<node*> parents;
-    };
-    struct body {
-        node& child;
-        bool has_data = false;
     };
 
     head parse_head();
     void parse_child(head& parsed);
     void parse_parent(head& parsed);
     node& parse_member();
+    void require_joinable(const node& member);
     void require_parent(const head& parsed, node& parent);
+
+    // Of one node.
     void add_links(const head& parsed);
-    void parse_body(node& child);
-    void parse_data(body& parsed);
+    void add_link(node& child, node& parent);
+    void parse_own_body(node& child);
+    void parse_data(node& child);
+    void parse_experience(node& child);
+    void parse_fading(node& child);
+
+    // Of several nodes.
+    void require_unlinked(const head& parsed);
+    table& join(const head& parsed);
+    void parse_shared_body(table& shared);
+
+    void parse_table(table& described);
 
     net_reader& in_;
     domain& target_;
     uint64_t head_mark_ = 0;                     // carried by the nodes met in the present head
-    std::unordered_set<const node*> described_;  // the children of the potentials so far
+    std::unordered_set<const node*> described_;  // those that have had a potential of their own
 };
 
 }  // namespace quarn
