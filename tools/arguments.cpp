@@ -15,13 +15,15 @@ CLI::App& add_command(CLI::App& commands, const char* name, const char* descript
     return *command;
 }
 
-void add_evidence(CLI::App& command, std::vector<std::string>& evidence) {
+void add_evidence(CLI::App& command, std::vector<std::string>& evidence,
+                  std::optional<std::string>& case_file) {
     constexpr int evidence_limit = 1 << 20;
     command.add_option("-e,--evidence", evidence, "What is known of nodes, see below")
         ->type_name("NODE=STATE ...")
         // Extra arguments are for options without limit only, whose arguments are split when they are in brackets.
         ->expected(1, evidence_limit)
         ->allow_extra_args(false);
+    command.add_option("--case", case_file, "Evidence from a file; -e replaces it")->type_name("FILE");
 }
 
 CLI::Option* add_node_list(CLI::App& command, const char* option, std::vector<std::string>& names,

@@ -1,6 +1,7 @@
 // What the command lines of several commands have in common.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,7 +15,8 @@ namespace tool {
 CLI::App& add_command(CLI::App& commands, const char* name, const char* description, std::string& model_file,
                       const char* explanations);
 
-void add_evidence(CLI::App& command, std::vector<std::string>& evidence);
+void add_evidence(CLI::App& command, std::vector<std::string>& evidence,
+                  std::optional<std::string>& case_file);
 
 // Nodes are listed as names with commas between them, in any number of options.
 CLI::Option* add_node_list(CLI::App& command, const char* option, std::vector<std::string>& names,

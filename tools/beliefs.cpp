@@ -27,6 +27,8 @@ node_evidence collect_evidence(q_node_t node) {
     return collected;
 }
 
+constexpr double not_computed = std::numeric_limits<double>::quiet_NaN();
+
 probability last_probability(const model& propagated) {
     const probability found{q_domain_get_log_normalization_constant(propagated.domain()),
                             q_domain_get_normalization_constant(propagated.domain())};
@@ -36,8 +38,11 @@ probability last_probability(const model& propagated) {
 
 // Propagates the evidence in the ordinary way, which gives its probability and tells if it is impossible.
 model_beliefs compute_evidence(model& asked) {
-    asked.compute();
-    model_beliefs result{asked.file(), {}, last_probability(asked), q_mode_normal, {}, 0, {}, {}};
+    const q_error_t failure = asked.compute_what_can_be();
+    const bool is_complete = failure == q_error_none;
+    const probability of_evidence =
+        is_complete ? last_probability(asked) : probability{not_computed, not_computed};
+    model_beliefs result{asked.file(), {}, failure, of_evidence, q_mode_normal, {}, 0, {}, {}};
     for (const q_node_t node : asked.nodes())
         if (node_evidence entered = collect_evidence(node); entered.is_observed() || !entered.weights.empty())
             result.evidence.push_back(std::move(entered));
@@ -69,18 +74,36 @@ std::optional<mean_and_variance> moments_of(q_node_t node) {
     return q_error_code() == q_error_none ? std::optional(found) : std::nullopt;
 }
 
-node_beliefs collect_node(q_node_t node, bool with_utilities) {
+// Why nothing can be read of a node.
+q_error_t failure_of(q_node_t node) {
+    if (q_node_get_kind(node) == q_kind_discrete)
+        q_node_get_belief(node, 0);
+    else if (q_node_get_kind(node) == q_kind_continuous)
+        q_node_get_mean(node);
+    else if (q_node_get_category(node) == q_category_utility)
+        q_node_get_expected_utility(node, 0);
+    else
+        q_node_get_value(node);
+    return q_error_code();
+}
+
+node_beliefs collect_node(q_node_t node, bool with_utilities, q_error_t domain_failure) {
     node_beliefs collected = describe(node);
+    if (const q_error_t failure = failure_of(node); failure != q_error_none) {
+        collected.failure = in_words(failure == q_error_no_equilibrium ? domain_failure : failure);
+        return collected;
+    }
     for (size_t state = 0; state < collected.states.size(); ++state) {
         collected.beliefs.push_back(q_node_get_belief(node, state));
         if (with_utilities)
-            collected.expected_utilities.push_back(collected.beliefs.back() > 0
-                                                       ? q_node_get_expected_utility(node, state)
-                                                       : std::numeric_limits<double>::quiet_NaN());
+            collected.expected_utilities.push_back(
+                collected.beliefs.back() > 0 ? q_node_get_expected_utility(node, state) : not_computed);
     }
     collected.moments = moments_of(node);
     if (collected.category == q_category_utility)
         collected.expected_utilities.push_back(q_node_get_expected_utility(node, 0));
+    else if (q_node_get_kind(node) == q_kind_other)
+        collected.value = q_node_get_value(node);
     return collected;
 }
 
@@ -132,10 +155,21 @@ model_beliefs compute_beliefs(model& asked, const std::vector<q_node_t>& shown, 
     result.mode = mode;
     if (mode == q_mode_fast_retraction) asked.compute(q_equilibrium_sum, mode);
     const bool with_utilities = has_utilities(asked);
-    if (with_utilities) result.expected_utility = q_domain_get_expected_utility(asked.domain());
+    if (with_utilities) {
+        result.expected_utility = q_domain_get_expected_utility(asked.domain());
+        if (q_error_code() != q_error_none) result.expected_utility = not_computed;
+    }
     result.largest_utility = largest_utility(asked);
-    for (const q_node_t node : shown) result.nodes.push_back(collect_node(node, with_utilities));
+    for (const q_node_t node : shown)
+        result.nodes.push_back(collect_node(node, with_utilities, result.failure));
     return result;
+}
+
+void require_all_computed(const model_beliefs& result) {
+    if (result.failure == q_error_none) return;
+    throw command_failure(
+        result.model +
+        ": a discrete function, and what depends on it, could not be computed: " + in_words(result.failure));
 }
 
 model_beliefs compute_configuration(model& asked, const std::vector<q_node_t>& shown) {

@@ -36,10 +36,12 @@ struct node_beliefs {
     std::vector<double> beliefs{};      // one for each state; empty: not asked for
     // Of a continuous node, or of the numbers that states stand for.
     std::optional<mean_and_variance> moments{};
+    std::optional<double> value{};  // of a real-valued function
     // Of a utility node, or for each state, NaN where it cannot occur; empty: the model has no utilities.
     std::vector<double> expected_utilities{};
     std::optional<double> moved{};       // see keep_most_moved()
     std::optional<size_t> configured{};  // the state in the most probable configuration
+    std::string failure{};               // why it could not be computed; empty: it could
 };
 
 struct probability {
@@ -50,9 +52,10 @@ struct probability {
 struct model_beliefs {
     std::string model;
     std::vector<node_evidence> evidence;  // on all nodes, in creation order
-    probability of_evidence;
+    q_error_t failure;                    // of a discrete function, which leaves some nodes without results
+    probability of_evidence;              // NaN then
     q_mode_t mode;
-    std::optional<double> expected_utility;
+    std::optional<double> expected_utility;       // NaN when it could not be computed
     double largest_utility;                       // absolute value in any table
     std::optional<probability> of_configuration;  // together with the evidence
     std::vector<node_beliefs> nodes;
@@ -60,8 +63,10 @@ struct model_beliefs {
 
 // What is entered on a node and how it and its states are called, without results.
 node_beliefs describe(q_node_t node);
-// Beliefs of nodes, and what is expected of utility nodes.
+// Beliefs of nodes, what is expected of utility nodes, and values of functions.
 model_beliefs compute_beliefs(model& asked, const std::vector<q_node_t>& shown, q_mode_t mode);
+// Fails where a discrete function could not be computed.
+void require_all_computed(const model_beliefs& result);
 // Instead of beliefs a most probable configuration.
 model_beliefs compute_configuration(model& asked, const std::vector<q_node_t>& shown);
 

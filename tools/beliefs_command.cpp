@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdio>
 #include <limits>
 
 #include <CLI/CLI.hpp>
@@ -27,7 +28,8 @@ constexpr const char* explanations =
     "  Discrete nodes: the belief of each state. Decisions: as their policies have\n"
     "  it, unless a state is given as evidence. Continuous nodes: mean, variance and\n"
     "  SD, the standard deviation; discrete nodes whose states are numbers: mean and\n"
-    "  SD.\n"
+    "  SD. Functions: the value; N/A and the reason where they cannot be computed,\n"
+    "  and for nodes that depend on the state of one that cannot.\n"
     "  With utilities: what is expected of each utility node, of all together, and\n"
     "  (EU) of those connected with a node given each of its states that can occur.\n"
     "  P(evidence): its probability, for values of continuous nodes the density.\n"
@@ -44,11 +46,13 @@ constexpr const char* explanations =
     "  sum of the changes of the beliefs (0 to 1); for continuous nodes by the change\n"
     "  of the mean in standard deviations without evidence. Nodes whose state or\n"
     "  value is given are left out, except with fast retraction, and so are\n"
-    "  utilities. With --nodes it chooses among those.\n"
+    "  utilities, real-valued functions, and what cannot be computed. With --nodes it\n"
+    "  chooses among those.\n"
     "\n"
     "Exit status:\n"
     "  0  done\n"
-    "  1  failed: the model cannot be used, or the evidence is impossible in it\n"
+    "  1  failed: the model cannot be used, the evidence is impossible in it, or the\n"
+    "     state of a function cannot be computed; the rest is printed then\n"
     "  2  the command line is wrong\n"
     "\n"
     "Example:\n"
@@ -56,7 +60,8 @@ constexpr const char* explanations =
     "  quarn beliefs chest_clinic.net -e xray=yes --top 3\n"
     "  quarn beliefs chest_clinic.net -e dyspnoea=yes --max --nodes cancer,bronchitis\n"
     "  quarn beliefs waste_incinerator.net -e light=1.1 waste=industrial\n"
-    "  quarn beliefs oil_wildcatter.net -e test=yes seismic=closed --nodes drill";
+    "  quarn beliefs oil_wildcatter.net -e test=yes seismic=closed --nodes drill\n"
+    "  quarn beliefs car_insurance.net -e region=town claims=two";
 
 q_mode_t mode_called(const std::string& name) {
     if (name == "normal") return q_mode_normal;
@@ -73,20 +78,12 @@ size_t parse_count(const std::string& text) {
     return count;
 }
 
-bool has_results(q_node_t node) {
-    return q_node_get_kind(node) != q_kind_other || q_node_get_category(node) == q_category_utility;
-}
-
 // Each node once.
 std::vector<q_node_t> shown_nodes(const model& asked, const beliefs_options& options) {
+    if (options.nodes.empty()) return asked.nodes();
     std::vector<q_node_t> shown;
-    if (options.nodes.empty()) std::ranges::copy_if(asked.nodes(), std::back_inserter(shown), has_results);
-    for (const q_node_t node : nodes_called(asked, options.nodes)) {
-        if (!has_results(node))
-            throw command_failure(asked.file() + ": node " + q_node_get_name(node) +
-                                  " is a real-valued function: it has no beliefs");
+    for (const q_node_t node : nodes_called(asked, options.nodes))
         if (std::ranges::find(shown, node) == shown.end()) shown.push_back(node);
-    }
     return shown;
 }
 
@@ -103,7 +100,7 @@ model_beliefs compute(model& asked, const beliefs_options& options, q_mode_t mod
 void add_beliefs_command(CLI::App& commands, beliefs_options& options) {
     CLI::App& command = add_command(commands, "beliefs", "Print the beliefs of all nodes given evidence",
                                     options.model, explanations);
-    add_evidence(command, options.evidence);
+    add_evidence(command, options.evidence, options.case_file);
     command.add_option("--mode", options.mode, "normal (the default) or fast-retraction")->type_name("MODE");
     command.add_flag("--max", options.max, "Print a most probable configuration instead");
     add_node_list(command, "-n,--nodes", options.nodes, "Print these nodes only, in this order");
@@ -119,9 +116,12 @@ std::string run_beliefs(const beliefs_options& options) {
         throw usage_failure("--max goes neither with --top nor with --mode fast-retraction");
     const std::vector<evidence> given = parse_evidence(options.evidence);
     model asked(options.model);
-    for (const evidence& entered : given) enter_evidence(asked, entered);
+    enter_evidence(asked, options.case_file, given);
     const model_beliefs result = compute(asked, options, mode);
-    return options.json ? beliefs_as_json(result) : beliefs_as_text(result);
+    std::string text = options.json ? beliefs_as_json(result) : beliefs_as_text(result);
+    if (result.failure != q_error_none) std::fputs(text.c_str(), stdout);
+    require_all_computed(result);
+    return text;
 }
 
 }  // namespace tool

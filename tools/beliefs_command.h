@@ -13,6 +13,7 @@ namespace tool {
 struct beliefs_options {
     std::string model;
     std::vector<std::string> evidence;
+    std::optional<std::string> case_file;
     std::string mode = "normal";
     bool max = false;
     std::vector<std::string> nodes;  // empty: all

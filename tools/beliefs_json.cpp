@@ -15,7 +15,17 @@ ordered_json as_json(const node_evidence& entered) {
     return entered.state.empty() ? ordered_json(entered.weights) : ordered_json(entered.state);
 }
 
+ordered_json failure_as_json(const node_beliefs& node) {
+    ordered_json shown = ordered_json::object();
+    if (!node.states.empty()) shown["states"] = node.states;
+    const bool is_function = node.category == q_category_function;
+    shown[!node.states.empty() ? "beliefs" : is_function ? "value" : "mean"] = nullptr;
+    shown["error"] = node.failure;
+    return shown;
+}
+
 ordered_json as_json(const node_beliefs& node) {
+    if (!node.failure.empty()) return failure_as_json(node);
     ordered_json shown = ordered_json::object();
     if (!node.states.empty()) shown = {{"states", node.states}, {"beliefs", node.beliefs}};
     if (node.moments) {
@@ -23,6 +33,7 @@ ordered_json as_json(const node_beliefs& node) {
         shown["variance"] = node.moments->variance;
         shown["sd"] = std::sqrt(node.moments->variance);
     }
+    if (node.value) shown["value"] = *node.value;
     if (!node.expected_utilities.empty()) shown["expected_utilities"] = node.expected_utilities;
     if (node.moved) shown["moved"] = *node.moved;
     return shown;
@@ -44,7 +55,8 @@ ordered_json utilities_as_json(const model_beliefs& shown) {
     ordered_json::object_t utilities;
     for (const node_beliefs& node : shown.nodes)
         if (node.category == q_category_utility)
-            utilities.push_back({node.node, node.expected_utilities.front()});
+            utilities.push_back(
+                {node.node, node.failure.empty() ? ordered_json(node.expected_utilities.front()) : nullptr});
     return utilities;
 }
 

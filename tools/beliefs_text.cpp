@@ -32,8 +32,11 @@ std::string number_line(const std::string& name, size_t width, double value) {
     return "  " + padded(name, width) + format_number(value) + "\n";
 }
 
+// Not a number stands for what could not be computed.
+std::string format_result(double result) { return std::isnan(result) ? "N/A" : format_number(result); }
+
 std::string format_utility(double utility, double largest) {
-    return format_number(std::abs(utility) < 1e-15 * largest ? 0 : utility);
+    return format_result(std::abs(utility) < 1e-15 * largest ? 0 : utility);
 }
 
 std::string belief_line(const node_beliefs& node, size_t state, size_t width, double largest) {
@@ -48,11 +51,14 @@ std::string belief_line(const node_beliefs& node, size_t state, size_t width, do
 
 std::string node_as_text(const node_beliefs& node, size_t width, double largest) {
     std::string text = heading(node);
+    if (!node.failure.empty()) return text + "  N/A: " + node.failure + "\n\n";
     for (size_t state = 0; state < node.states.size(); ++state)
         text += belief_line(node, state, width, largest);
     if (node.category == q_category_utility)
         text += "  " + padded(utility_title, width) +
                 format_utility(node.expected_utilities.front(), largest) + "\n";
+    else if (node.value)
+        text += number_line("value", width, *node.value);
     else if (node.states.empty() && node.moments)
         text += number_line("mean", width, node.moments->mean) +
                 number_line("variance", width, node.moments->variance) +
@@ -66,8 +72,8 @@ std::string configuration_line(const node_beliefs& node) {
 
 // The logarithm too.
 std::string probability_lines(const std::string& name, const probability& shown, size_t width) {
-    return padded("P(" + name + ")", width) + format_number(shown.p) + "\n" +
-           padded("log P(" + name + ")", width) + format_number(shown.log_p) + "\n";
+    return padded("P(" + name + ")", width) + format_result(shown.p) + "\n" +
+           padded("log P(" + name + ")", width) + format_result(shown.log_p) + "\n";
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <set>
 #include <string_view>
 
+#include "source_file.h"
 #include "tool_failure.h"
 
 namespace tool {
@@ -122,6 +123,12 @@ void enter_value(const model& target, q_node_t node, const evidence& entered) {
     if (q_node_enter_value(node, *value) != q_error_none) fail_with_library_error(target.file());
 }
 
+// Instead of what the model has.
+void enter_case(const model& target, const std::string& case_file) {
+    source_file file(case_file);
+    file.finish(q_domain_parse_case(target.domain(), file.path().c_str(), source_file::hear, &file));
+}
+
 }  // namespace
 
 std::vector<evidence> parse_evidence(const std::vector<std::string>& arguments) {
@@ -143,6 +150,12 @@ void enter_evidence(const model& target, const evidence& entered) {
     if (!entered.weights.empty()) return enter_weights(target, node, entered.weights);
     if (q_node_select_state(node, find_state(target, node, entered.state)) != q_error_none)
         fail_with_library_error(target.file());
+}
+
+void enter_evidence(const model& target, const std::optional<std::string>& case_file,
+                    const std::vector<evidence>& entered) {
+    if (case_file) enter_case(target, *case_file);
+    for (const evidence& more : entered) enter_evidence(target, more);
 }
 
 }  // namespace tool

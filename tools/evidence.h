@@ -2,6 +2,7 @@
 // continuous node.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,5 +21,8 @@ std::vector<evidence> parse_evidence(const std::vector<std::string>& arguments);
 
 // Enters evidence into a model that must have the node, and it such states or values.
 void enter_evidence(const model& target, const evidence& entered);
+// Enters the evidence of a case file, where there is one, and then more, which replaces that of the file on the same nodes.
+void enter_evidence(const model& target, const std::optional<std::string>& case_file,
+                    const std::vector<evidence>& entered);
 
 }  // namespace tool

@@ -11,7 +11,10 @@
 #include <CLI/CLI.hpp>
 
 #include "beliefs_command.h"
+#include "case_command.h"
+#include "check_command.h"
 #include "compile_command.h"
+#include "convert_command.h"
 #include "dsep_command.h"
 #include "solve_command.h"
 #include "terminal.h"
@@ -61,6 +64,12 @@ void require_known_command(const CLI::App& commands, const std::vector<std::stri
         throw tool::usage_failure(std::string("unknown command ") + *command);
 }
 
+// What was found is printed, and makes the command fail.
+exit_status print_findings(const std::string& found) {
+    const exit_status printed = print(found);
+    return found.empty() ? printed : exit_failed;
+}
+
 exit_status run(int argument_count, char** arguments) {
     CLI::App commands("Exact reasoning with probabilistic graphical models", "quarn");
     commands.get_formatter()->label("SUBCOMMAND", "COMMAND");
@@ -75,6 +84,12 @@ exit_status run(int argument_count, char** arguments) {
     tool::add_dsep_command(commands, dsep);
     tool::solve_options solve;
     tool::add_solve_command(commands, solve);
+    tool::check_options check;
+    tool::add_check_command(commands, check);
+    tool::convert_options convert;
+    tool::add_convert_command(commands, convert);
+    tool::case_options of_case;
+    tool::add_case_command(commands, of_case);
     std::vector<std::string> words = read_words(argument_count, arguments);
     require_known_command(commands, words);
     std::ranges::reverse(words);  // as the parser wants them
@@ -84,6 +99,9 @@ exit_status run(int argument_count, char** arguments) {
         return finish_parsing(commands, stopped);
     }
     if (commands.get_subcommands().empty()) throw tool::usage_failure("no command is given");
+    if (commands.got_subcommand("check")) return print_findings(tool::run_check(check));
+    if (commands.got_subcommand("convert")) return print(tool::run_convert(convert));
+    if (commands.got_subcommand("case")) return print(tool::run_case(of_case));
     if (commands.got_subcommand("solve")) return print(tool::run_solve(solve));
     if (commands.got_subcommand("compile")) return print(tool::run_compile(compile));
     return print(commands.got_subcommand("dsep") ? tool::run_dsep(dsep) : tool::run_beliefs(beliefs));

@@ -1,76 +1,35 @@
 #include "model.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <filesystem>
-#include <new>
-#include <system_error>
-#include <unistd.h>
 #include <unordered_map>
 
 #include "open_decision.h"
+#include "source_file.h"
 #include "table_fault.h"
-#include "terminal.h"
 #include "tool_failure.h"
 
 namespace tool {
 namespace {
 
-constexpr size_t messages_shown = 20;  // of each sort
-
-struct parse_messages {
-    const std::string& file;
-    size_t warnings = 0;
-    size_t errors = 0;
-};
-
-void print_parse_message(size_t line, const char* message, void* data) noexcept {
-    auto& messages = *static_cast<parse_messages*>(data);
-    const bool is_warning = std::string_view(message).starts_with("warning: ");
-    if (++(is_warning ? messages.warnings : messages.errors) > messages_shown) return;
-    try {
-        report(messages.file + ":" + std::to_string(line) + ": " + message);
-    } catch (const std::bad_alloc&) {
-        // The message is lost; that it came is not.
-    }
-}
-
-void tell_how_many_more(const std::string& file, size_t count, const char* sort) {
-    if (count > messages_shown)
-        report(file + ": " + std::to_string(count - messages_shown) + " more " + sort);
-}
-
-// The library takes what looks like NET text for text, which nothing that begins with a slash or a point does.
-std::string as_path(const std::string& file) { return file.starts_with('/') ? file : "./" + file; }
-
-// Why the system does not let a file be read; empty when it now does.
-std::string why_unreadable(const std::string& path) {
-    if (access(path.c_str(), R_OK) != 0) return std::generic_category().message(errno);
-    std::error_code unknown;
-    const bool is_directory = std::filesystem::is_directory(path, unknown);
-    return is_directory ? std::generic_category().message(EISDIR) : "";
-}
-
-[[noreturn]] void fail_to_read(const std::string& file, q_error_t code) {
-    if (code == q_error_io)
-        if (const std::string reason = why_unreadable(file); !reason.empty())
-            throw command_failure(file + ": cannot be read: " + reason);
-    fail_with_library_error(file, code);
-}
-
-domain_owner read_domain(const std::string& file) {
-    if (file.empty()) throw usage_failure("the name of the MODEL file is missing");
-    parse_messages messages{file};
-    domain_owner domain(q_net_parse_domain(as_path(file).c_str(), print_parse_message, &messages));
-    const q_error_t code = q_error_code();
-    tell_how_many_more(file, messages.warnings, "warnings");
-    tell_how_many_more(file, messages.errors, "errors");
-    if (domain == nullptr && messages.errors > 0) throw command_failure("");
-    if (domain == nullptr) fail_to_read(file, code);
-    return domain;
+bool is_of_function(q_error_t code) {
+    return code == q_error_computation_failed || code == q_error_division_by_zero ||
+           code == q_error_inappropriate_arguments || code == q_error_invalid_state_values;
 }
 
 }  // namespace
+
+domain_owner read_domain(const std::string& name) {
+    if (name.empty()) throw usage_failure("the name of the MODEL file is missing");
+    source_file file(name);
+    domain_owner domain(q_net_parse_domain(file.path().c_str(), source_file::hear, &file));
+    file.finish(q_error_code());
+    return domain;
+}
+
+std::string net_text(q_domain_t domain) {
+    const std::unique_ptr<char, decltype(&q_string_delete)> text(q_domain_to_net(domain), q_string_delete);
+    return text == nullptr ? "" : text.get();
+}
 
 model::model(const std::string& file) : file_(file), domain_(read_domain(file)) {
     for (q_node_t node = q_domain_get_first_node(domain()); node != nullptr; node = q_node_get_next(node))
@@ -91,11 +50,19 @@ void model::require_computable() const {
 }
 
 void model::compute(q_equilibrium_t equilibrium, q_mode_t mode) {
+    const q_error_t code = propagate(equilibrium, mode);
+    if (code != q_error_none) fail_with_library_error(file_, code);
+}
+
+q_error_t model::compute_what_can_be() { return propagate(q_equilibrium_sum, q_mode_normal); }
+
+q_error_t model::propagate(q_equilibrium_t equilibrium, q_mode_t mode) {
     require_computable();
     if ((q_domain_is_compiled(domain()) == 1 || q_domain_compile(domain()) == q_error_none) &&
         q_domain_propagate(domain(), equilibrium, mode) == q_error_none)
-        return;
+        return q_error_none;
     const q_error_t code = q_error_code();
+    if (is_of_function(code)) return code;
     std::string fault;
     if (code == q_error_invalid_probability_potential) fault = find_table_fault(nodes_);
     if (code == q_error_invalid_evidence) fault = find_open_decision(nodes_);

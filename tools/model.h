@@ -15,9 +15,15 @@ struct domain_deleter {
 };
 using domain_owner = std::unique_ptr<std::remove_pointer_t<q_domain_t>, domain_deleter>;
 
+// Reads a NET file, `-` for standard input; its errors and warnings go to standard error as "file:line: message".
+domain_owner read_domain(const std::string& name);
+
+// The network in the NET language; empty where that fails.
+std::string net_text(q_domain_t domain);
+
 class model {
 public:
-    // Reads a NET file; its errors and warnings go to standard error as "file:line: message".
+    // Reads a NET file that has nodes.
     explicit model(const std::string& file);
 
     const std::string& file() const noexcept { return file_; }
@@ -31,8 +37,14 @@ public:
     void require_computable() const;
     // Compiles unless that has been done, and propagates.
     void compute(q_equilibrium_t equilibrium = q_equilibrium_sum, q_mode_t mode = q_mode_normal);
+    // The same in the ordinary way, but where a discrete function cannot be computed gives the error instead of failing: the
+    // junction trees that depend on it have no results then.
+    q_error_t compute_what_can_be();
 
 private:
+    // Gives the error of a function; fails with any other.
+    q_error_t propagate(q_equilibrium_t equilibrium, q_mode_t mode);
+
     std::string file_;
     domain_owner domain_;
     std::vector<q_node_t> nodes_;

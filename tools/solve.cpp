@@ -73,9 +73,10 @@ solution solve(model& asked) {
     if (decisions.empty()) throw command_failure(asked.file() + ": the network has no decisions");
     if (utilities.empty())
         throw command_failure(asked.file() + ": the network has no utilities, so all decisions are as good");
-    const double before = *compute_beliefs(asked, {}, q_mode_normal).expected_utility;
+    const model_beliefs before = compute_beliefs(asked, {}, q_mode_normal);
+    require_all_computed(before);
     if (q_domain_update_policies(asked.domain()) != q_error_none) fail_with_library_error(asked.file());
-    solution found{compute_beliefs(asked, utilities, q_mode_normal), before};
+    solution found{compute_beliefs(asked, utilities, q_mode_normal), *before.expected_utility};
     for (const q_node_t decision : decisions) found.policies.push_back(read_policy(asked, decision));
     return found;
 }

@@ -50,7 +50,7 @@ constexpr const char* explanations =
 void add_solve_command(CLI::App& commands, solve_options& options) {
     CLI::App& command =
         add_command(commands, "solve", "Find the best policies of decisions", options.model, explanations);
-    add_evidence(command, options.evidence);
+    add_evidence(command, options.evidence, options.case_file);
     command.add_option("--start", options.start, "Policies to begin with: uniform (the default) or file")
         ->type_name("POLICIES");
     command.add_flag("--minimize", options.minimize, "Remove links into decisions that do not matter");
@@ -62,7 +62,7 @@ std::string run_solve(const solve_options& options) {
         throw usage_failure("unknown start " + options.start + "; there are uniform and file");
     const std::vector<evidence> given = parse_evidence(options.evidence);
     model asked(options.model);
-    for (const evidence& entered : given) enter_evidence(asked, entered);
+    enter_evidence(asked, options.case_file, given);
     std::optional<std::vector<link_names>> removed;
     if (options.minimize) removed = remove_needless_links(asked);
     if (options.start == "uniform") set_uniform_policies(asked);

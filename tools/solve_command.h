@@ -1,6 +1,7 @@
 // quarn solve MODEL.net [--evidence NODE=STATE ...] [--start uniform|file] [--minimize] [--json]
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,7 @@ namespace tool {
 struct solve_options {
     std::string model;
     std::vector<std::string> evidence;
+    std::optional<std::string> case_file;
     std::string start = "uniform";
     bool minimize = false;
     bool json = false;

@@ -59,7 +59,8 @@ fault find_fault(q_node_t node, size_t row, std::span<const double> numbers) {
     return distribution_fault(node, numbers);
 }
 
-// The states of the parents in one of so many rows; the last parent varies fastest.
+}  // namespace
+
 std::string condition_of(std::span<const q_node_t> parents, size_t row, size_t rows) {
     std::string text;
     for (const q_node_t parent : parents) {
@@ -71,27 +72,27 @@ std::string condition_of(std::span<const q_node_t> parents, size_t row, size_t r
     return text;
 }
 
-std::string find_fault(q_node_t node) {
-    if (q_node_get_category(node) == q_category_function) return "";
+std::vector<std::string> table_faults(q_node_t node, size_t limit) {
+    std::vector<std::string> faults;
+    if (q_node_get_category(node) == q_category_function) return faults;
     const q_table_t table = q_node_get_table(node);
     const double* entries = q_table_get_data(table);
-    if (entries == nullptr) return "";
+    if (entries == nullptr) return faults;
     const size_t states = q_node_get_kind(node) == q_kind_discrete ? q_node_get_number_of_states(node) : 1;
     const size_t rows = q_table_get_size(table) / states;
-    for (size_t row = 0; row < rows; ++row) {
+    for (size_t row = 0; row < rows && faults.size() < limit; ++row) {
         const fault found = find_fault(node, row, {entries + row * states, states});
         if (found.problem == nullptr) continue;
-        return std::string("node ") + q_node_get_name(node) + ": " + found.subject +
-               condition_of(conditioning_nodes(node), row, rows) + " " + found.problem;
+        faults.push_back(std::string("node ") + q_node_get_name(node) + ": " + found.subject +
+                         condition_of(conditioning_nodes(node), row, rows) + " " + found.problem);
     }
-    return "";
+    return faults;
 }
-
-}  // namespace
 
 std::string find_table_fault(const std::vector<q_node_t>& nodes) {
     for (const q_node_t node : nodes)
-        if (std::string found = find_fault(node); !found.empty()) return found;
+        if (const std::vector<std::string> found = table_faults(node, 1); !found.empty())
+            return found.front();
     return "";
 }
 

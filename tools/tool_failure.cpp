@@ -1,7 +1,6 @@
 #include "tool_failure.h"
 
 namespace tool {
-namespace {
 
 std::string in_words(q_error_t code) {
     switch (code) {
@@ -22,8 +21,6 @@ std::string in_words(q_error_t code) {
     default: return q_error_description(static_cast<uint32_t>(code));
     }
 }
-
-}  // namespace
 
 void fail_with_library_error(const std::string& subject, q_error_t code) {
     throw command_failure(subject + ": " + in_words(code));

@@ -20,6 +20,9 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+// What an error of the library means to a user.
+std::string in_words(q_error_t code);
+
 // Fails with what an error of the library, its last one, means to a user.
 [[noreturn]] void fail_with_library_error(const std::string& subject, q_error_t code = q_error_code());
 
