@@ -89,7 +89,29 @@ expect 1 'node waste has no state 1.5; its states are #0 industrial, #1 househol
 expect 1 'a continuous node is the only one that the other evidence leaves it' "$work/sure.net" -e x=1
 expect 1 'a continuous node is too improbable' "$waste" -e light=1e200
 expect 0 $'dice [mean 3.75, SD 2.27761]\n #0 0.25' "$work/numbers.net"
-expect 1 'node f is a real-valued function: it has no beliefs' "$work/numbers.net" --nodes f
+
+# --- Functions
+premium=$2/examples/car_insurance.net
+cat >"$work/parts.net" <<'END_OF_NET'
+node known { states = ("x" "y"); } potential (known) { data = (1 3); }
+discrete function chosen { states = ("0" "1"); } potential (chosen | known) { model_nodes = (known); model_data = ("0", "1"); }
+node follows { states = ("u" "v"); } potential (follows | chosen) { data = ((0 1) (0.5 0.5)); }
+function after { } potential (after | chosen) { model_nodes = (); model_data = (10 * #chosen); }
+function above { } potential (above | known) { model_nodes = (); model_data = (1 / (#known - 1)); }
+END_OF_NET
+failed='N/A: A probability/density function or a function value could not be computed.'
+expect 0 $'deductible (Deductible)\n '"$failed"$'\n\nlong_distance (Nine of ten drive at most)\n value 30\n' "$premium"
+expect 0 $'value 364\n\ntariff (Tariff)\n economy 0\n regular 1\n high 0\n' "$premium"
+expect 0 $' false 0.25\n true 0.75\n\nincome (Expected income)\n value 273\n\nP(evidence) 1\n' "$premium"
+expect 0 $'value 243.2\n\nbasic (Basic premium)\n value 640\n\nP(evidence) 0.06\n' "$premium" -e region=town claims=two -n income,basic
+expect 0 $'deductible (Deductible)\n value 200\n' "$premium" -e region=country garage=true --nodes deductible
+expect 0 'tariff (Tariff) [moved 1]' "$premium" -e claims=two region=town --top 1
+expect 0 $'f\n '"$failed" "$work/numbers.net" --nodes f
+expect 1 $'known\n x 0.25\n y 0.75\n\nchosen\n '"$failed"$'\n\nfollows\n '"$failed"$'\n\nafter\n '"$failed" "$work/parts.net"
+expect 1 $'P(evidence) N/A\nlog P(evidence) N/A\nquarn: '"$work/parts.net: a discrete function, and what depends on it, could" "$work/parts.net"
+expect 0 $'follows\n u 0.5\n v 0.5\n\nafter\n value 10\n\nabove\n N/A: Division by zero' "$work/parts.net" -e known=y
+expect 0 'P(evidence) 0.75' "$work/parts.net" -e known=y --top 2 # what they were without evidence is not known
+! grep -q chosen "$work/out" || failures=$((failures + 1))
 
 # --- Decisions and utilities
 expect 0 $'test (Seismic test) [decision]\n yes 0.5 EU 0\n no 0.5 EU 10' "$oil"
@@ -108,11 +130,11 @@ expect 1 'node profit: the utility given oil=soaking, drill=yes is infinite' "$w
 expect 0 $'log P(evidence) 0\nexpected utility 0' "$oil" -e test=yes -n profit --top 2
 
 # --- JSON
-! command -v python3 >/dev/null || python3 - "$quarn" "$clinic" "$waste" "$oil" <<'END_OF_TEST' || failures=$((failures + 1))
+! command -v python3 >/dev/null || python3 - "$quarn" "$clinic" "$waste" "$oil" "$premium" "$work/parts.net" <<'END_OF_TEST' || failures=$((failures + 1))
 import json, math, subprocess, sys
 def ask(*words):
-    return json.loads(subprocess.run([sys.argv[1], "beliefs", *words, "--json"], stdout=subprocess.PIPE, check=True).stdout)
-clinic, waste, oil = sys.argv[2:]
+    return json.loads(subprocess.run([sys.argv[1], "beliefs", *words, "--json"], stdout=subprocess.PIPE).stdout)
+clinic, waste, oil, premium, parts = sys.argv[2:]
 most = ask(clinic, "--max", "-e", "xray=yes", "--nodes", "xray,cancer")
 assert list(most) == ["model", "evidence", "log_p", "p", "configuration", "log_p_configuration", "p_configuration"]
 assert most["configuration"] == {"xray": "yes", "cancer": "yes"} and most["evidence"] == {"xray": "yes"}
@@ -124,6 +146,12 @@ assert list(moved["beliefs"]["metals_in_waste"]) == ["mean", "variance", "sd", "
 chosen = ask(oil, "-e", "test=yes", "drill=yes")
 assert math.isclose(chosen["expected_utility"], 10) and math.isclose(chosen["utilities"]["profit"], 20)
 assert chosen["beliefs"]["drill"]["expected_utilities"][1] is None
+values = ask(premium)["beliefs"]
+assert math.isclose(values["income"].pop("value"), 273) and values["income"] == {}
+assert list(values["deductible"]) == ["value", "error"] and values["deductible"]["value"] is None
+partly = ask(parts)
+assert partly["p"] is None and partly["beliefs"]["known"]["beliefs"] == [0.25, 0.75]
+assert partly["beliefs"]["follows"]["beliefs"] is None and partly["beliefs"]["follows"]["error"]
 END_OF_TEST
 
 [ $failures -eq 0 ]

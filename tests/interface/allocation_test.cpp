@@ -2,6 +2,7 @@
 #include <numeric>
 
 #include "allocation_faults.h"
+#include "node_models.h"
 #include "scenarios.h"
 
 using namespace scenarios;
@@ -15,7 +16,7 @@ void number_entries(q_table_t table) {
 // Where the nodes of family() are.
 enum : std::size_t { a, b, other_b, c, x, y, z, f };
 
-// Discrete and continuous nodes with all kinds of tables, properties and evidence.
+// Discrete and continuous nodes with all kinds of tables, properties and evidence, and a model.
 owned_domain family() {
     owned_domain domain = network("cd cd cd cd cc cc cc fo", "03 13 04 05 45");
     const nodes n = nodes_of(domain.get());
@@ -40,6 +41,11 @@ owned_domain family() {
          {q_node_get_table(n[c]), q_node_new_experience_table(n[c]), q_node_new_fading_table(n[c]),
           q_node_get_table(n[a]), q_node_new_experience_table(n[y]), q_node_get_table(n[z])})
         number_entries(table);
+    q_node_set_name(n[a], "a");
+    q_node_set_name(n[b], "b");
+    give_model(n[c], "ab",
+               {R"(if(a == "no", a, "yes"))", "Distribution(b, variance(b), #b)", nullptr, R"("one")", "a",
+                R"(if(quantile(b, 0.5) > 0, a, "none"))"});
     return domain;
 }
 
@@ -86,6 +92,8 @@ TEST(lack_of_memory, leaves_everything_as_it_was) {
         call(q_node_remove_parent, y, x), call(q_node_remove_parent_keep_state, y, a, 1),
         call(q_node_switch_parent, c, b, other_b), call(q_node_clone, c), call(q_node_clone, b),
         call(q_node_clone, y), call(q_node_delete, a), call(q_node_delete, y), call(q_node_get_ancestors, y),
+        call(new_model, b, ""), call(new_model, f, ""), call(set_expression, c, 1, "a"),
+        call(q_node_remove_parent, c, b), call(q_node_delete, b), call(q_node_clone, a),
         call(q_node_enter_finding, c, 2, 0.5), call(q_node_enter_finding, a, 0, 0.5),
         call(q_node_select_state, b, 1), call(q_domain_retract_findings));
     expect_survivals(crowd, call(q_domain_get_node_by_name, "n7"), call(q_node_set_name, 2, "C29"));

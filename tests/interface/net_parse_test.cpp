@@ -32,6 +32,12 @@ struct parse_result {
 // Each text with an @ where the message is to say it is, ' for ", and two nodes and a potential before it.
 TEST(NetParse, TellsWhatIsWrongAndWhere) {
     const std::string normals = "continuous node x {} continuous node y {} potential (y | a x) { data = (";
+    const std::string model = "continuous node x {} function f {} potential (f | a x) { ",
+                      model_of_a = model + "model_nodes = (a); model_data = (";
+    const std::string chain_of_b_and_c = "node c {} potential (c b) { data = ";
+    const char* const undirected = "undirected links can only be specified for discrete chance nodes";
+    const char* const real_in_chain = "real-valued function nodes are not allowed in chain potentials";
+    const char* const unsuitable = "API error: The supplied expression is invalid (e.g., wrong type).";
     const struct {
         std::string text, message;
         q_error_t code = q_error_parse;
@@ -82,6 +88,38 @@ TEST(NetParse, TellsWhatIsWrongAndWhere) {
         {"continuous node x {} function f {} potential (f | x a@)", "discrete parents must appear first"},
         {"continuous node x {} function f {} function g {} potential (g | f x@)",
          "real-valued function parents must appear last"},
+        {"utility u {} potential (u a@)", undirected},
+        {"continuous node x {} potential (a x@)", undirected},
+        {"function f {} potential (f a@)", real_in_chain},
+        {"function f {} node c {} potential (a c | f@)", real_in_chain},
+        {"node c {} potential (c a | c@)", "node `c' appears twice in potential specification"},
+        {"node c {} potential (c a b)@",
+         "the directed link a --> b should have been included in the potential for b"},
+        {"node c {} potential (c a | b)@",
+         "the directed link a --> b should have been included in the potential for b"},
+        {chain_of_b_and_c + "(1 1);} node d {} potential (c d b)@", "links specified twice for c"},
+        {chain_of_b_and_c + "(1 1);} potential (a c)@", "adding chain potential creates a directed cycle"},
+        {chain_of_b_and_c + "(1 1);} potential (a | c)@", "adding the link c --> a creates a directed cycle"},
+        {"function f {} node d {} potential (f | a) {model_nodes=();} potential (d | f) {data=(1);}"
+         " potential (d b)@",
+         "adding chain potential creates a cyclic functional dependency"},
+        {"node c {} node d {} potential (c d | a) {data=(1 1);} potential (d)@",
+         "potential for node d must include all parents"},
+        {chain_of_b_and_c + "(1 -1@);}", "warning: negative value in probability potential", q_error_none},
+        {chain_of_b_and_c + "(1 1); data@", "`data' attribute specified twice"},
+        {chain_of_b_and_c + "(1 1); dat@", "unknown field: `dat'"},
+        {chain_of_b_and_c + "(1 1); experience@",
+         "experience data cannot be specified for chain graph potentials"},
+        {chain_of_b_and_c + "(1 1); fading@", "fading data cannot be specified for chain graph potentials"},
+        {chain_of_b_and_c + "(1 1); model_data@", "models cannot be specified for chain graph potentials"},
+        {"node c {} potential (c b) {}@", "warning: no potential data specified", q_error_none},
+        {"decision d {} potential (d) { experience@",
+         "experience data can only be specified for chance nodes"},
+        {"potential (a) { experience = (1); experience@", "`experience' attribute specified twice"},
+        {"potential (a) { experience = (1 2@", "`)' expected"},
+        {"continuous node x {} potential (x) { fading@",
+         "fading data can only be specified for discrete chance nodes"},
+        {"potential (a) { fading = (1); fading@", "`fading' attribute specified twice"},
         {"function f {} node c {} potential (f | a) {data@=(1);}",
          "`data' attribute is not allowed for real-valued function nodes"},
         {"discrete function f {} potential (f | a) {data=(1);} node c {} potential (c | a f)@ {}",
@@ -109,6 +147,27 @@ TEST(NetParse, TellsWhatIsWrongAndWhere) {
         {normals + "normal(0, -1@", "variance must be nonnegative"},
         {normals + "normal(0, 1 2@", "`)' expected"},
         {normals + "normal(0, 1) normal(0, 1) normal@", "`)' expected"},
+        {model + "model_nodes = (1@", "name expected"},
+        {model + "model_nodes = (c@", "node `c' not found"},
+        {model + "model_nodes = (f@", "node `f' is not a parent of node `f'"},
+        {model + "model_nodes = (b@", "node `b' is not a parent of node `f'"},
+        {model + "model_nodes = (a x@", "the `model_nodes' attribute must contain discrete nodes only"},
+        {model + "model_nodes = (a a@", "node `a' appears twice in `model_nodes' attribute"},
+        {model + "model_nodes = (); model_nodes@", "`model_nodes' attribute specified twice"},
+        {"continuous node x {} potential (x) { model_nodes@", "models cannot be specified for CG nodes"},
+        {model + "model_data@", "`model_nodes' attribute has not been specified"},
+        {model_of_a + "1, 2); model_data@", "`model_data' attribute specified twice"},
+        {model_of_a + ")@", "`,' expected"},
+        {model_of_a + "1)@", "`,' expected"},
+        {model_of_a + "1, 2,@", "`)' expected"},
+        {model_of_a + "1 / x, x < 1@, 2)", unsuitable, q_error_invalid_expression},
+        {model_of_a + "not(x)@", unsuitable, q_error_invalid_expression},
+        {model_of_a + "c@", "no such node: c"},
+        {model_of_a + "1, 1 + if(b == '1', x, 2)@", "node `b' is not a parent of node `f'"},
+        {model + "samples_per_interval = 0@", "`samples_per_interval' must be a positive integer"},
+        {model + "samples_per_interval = 1.5@", "`samples_per_interval' must be a positive integer"},
+        {model + "samples_per_interval = 1e999@", "`samples_per_interval' must be a positive integer"},
+        {model + "samples_per_interval = x@", "`samples_per_interval' must be a positive integer"},
     };
     for (const auto& [text, message, code] : cases) {
         std::string source = "net {} node a { states = ('0' '1'); } node b { states = ('0' '1'); } "
@@ -147,6 +206,10 @@ TEST(NetParse, HugeTablesAreNotMadeBeforeTheirNumbersAreThere) {
             << child;
     EXPECT_THAT(read("continuous node", "normal(1, 1)").messages,
                 ElementsAre(testing::EndsWith(": the keyword `normal' was expected")));
+    EXPECT_THAT(parse_result(source + "function f {} potential (f |" + parents + ") { model_nodes = (" +
+                             parents + "); model_data = (1); }")
+                    .messages,
+                ElementsAre(testing::EndsWith(": `,' expected")));
 }
 
 const std::string whole_network = R"(net { node_size = (80.5 39.4); first = "1"; label = "kept"; }
@@ -162,6 +225,9 @@ potential (d.x | N A b a F) { data = (
     ((normal (1.5 + 2 * a, 1)      normal(1.5+2*a-b,2)        normal(-2 * b - 1, .5))
      (normal(a+.5*b+1-3+a-2*b, 3)  normal(0 - -4 * a + -1, 0) normal(b, 2)))); }
 potential (k | N a) { data = (0.25 0.75); }
+function g { } potential (g | N a) { model_nodes = (N); model_data = (a + 1, if(a > 2, max(a, 3, N), 4)); samples_per_interval = 3; }
+node v { states = ("0" "1"); } node w { } potential (w v | I) { data = (1 2 3 4 5 6); }
+potential (v | N I) { data = (1 2 3 4 5 6 7 8 9 10 11 12); experience = (1 2 3 4 5 6); fading = (1 2 3 4 5 6); }
 net { second = "2"; first = "3"; })";
 
 struct temporary_file {
@@ -243,6 +309,38 @@ TEST(NetParse, TakesTextsAndFiles) {
         EXPECT_EQ(parsed.code, q_error_io) << source;
         EXPECT_THAT(parsed.messages, testing::IsEmpty()) << source;
     }
+}
+
+// An expression for each configuration of the model nodes, whatever their order among the parents.
+TEST(NetParse, ReadsModels) {
+    const parse_result parsed(
+        R"(net {} node A { states = ("x" "y" "z"); } node B { subtype = boolean; } function U {}
+        function F {} discrete function D { states = ("0" "1"); } potential (F | A B U) {
+            samples_per_interval = 25; model_nodes = (B A);
+            model_data = (1 % one
+                , -2, U*3, (min(U, #A)), if(A == "x", 5, 6.5e0), -(7)); }
+        potential (D | F) { data = (3 4); model_nodes = (); model_data = ("1"); }
+        potential (A) { model_nodes = (); model_data = (Distribution(1, 2, 3)); }
+        potential (B | A) { model_nodes = (A); samples_per_interval = 7; })");
+    EXPECT_THAT(parsed.messages, testing::IsEmpty());
+    const auto node = [&](const char* name) { return q_domain_get_node_by_name(parsed.domain.get(), name); };
+    const auto texts = [&](const char* name) {
+        std::vector<std::string> written;
+        q_model_t model = q_node_get_model(node(name));
+        for (size_t i = 0; i < q_model_get_size(model); ++i) {
+            char* const text = q_expression_to_string(q_model_get_expression(model, i));
+            written.emplace_back(text);
+            q_string_delete(text);
+        }
+        return written;
+    };
+    EXPECT_THAT(texts("F"), ElementsAre("1", "-2", "U * 3", "min(U, #A)", "if(A == \"x\", 5, 6.5)", "-7"));
+    EXPECT_THAT(texts("D"), ElementsAre("\"1\""));
+    EXPECT_THAT(texts("A"), ElementsAre("Distribution(1, 2, 3)"));
+    EXPECT_THAT(listed(q_model_get_nodes(q_node_get_model(node("F")))), ElementsAre(node("B"), node("A")));
+    EXPECT_EQ(q_model_get_samples_per_interval(q_node_get_model(node("F"))), 25U);
+    EXPECT_THAT(data_of(q_node_get_table(node("D"))), ElementsAre(3, 4));
+    EXPECT_EQ(q_node_get_model(node("B")), nullptr) << "without expressions";
 }
 
 // Whichever allocation fails: one message, nothing left behind. Names need no index.

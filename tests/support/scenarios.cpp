@@ -38,6 +38,20 @@ std::string digest(q_domain_t domain) {
         add(title);
         for (q_node_t node : listed(list)) add(number[node]);
     };
+    // Of each operator and leaf, whatever it has.
+    const auto add_expression = [&](q_expression_t tree) {
+        std::vector<q_expression_t> open{tree};
+        while (!open.empty()) {
+            q_expression_t at = open.back();
+            open.pop_back();
+            const char* label = q_expression_get_label(at);
+            q_node_t referred = q_expression_get_node(at);
+            add(q_expression_get_operator(at), q_expression_get_number(at), q_expression_get_boolean(at),
+                label ? label : "", referred ? number.at(referred) : 0);
+            if (const q_expression_t* arguments = q_expression_get_arguments(at))
+                for (q_expression_t argument : listed(arguments)) open.push_back(argument);
+        }
+    };
     int32_t x = 0, y = 0;
     q_domain_get_node_size(domain, &x, &y);
     add(x, y);
@@ -59,6 +73,12 @@ std::string digest(q_domain_t domain) {
         for (std::size_t i = 0; i <= states && states <= readable; ++i) {
             const char* label = q_node_get_state_label(node, i);
             add(label ? label : "", q_node_get_entered_finding(node, i), q_node_get_state_value(node, i));
+        }
+        if (q_model_t model = q_node_get_model(node)) {
+            add_nodes("model", q_model_get_nodes(model));
+            add(q_model_get_size(model), q_model_get_samples_per_interval(model));
+            for (std::size_t i = 0; i < q_model_get_size(model); ++i)
+                add_expression(q_model_get_expression(model, i));
         }
         for (q_table_t table :
              {q_node_get_table(node), q_node_get_experience_table(node), q_node_get_fading_table(node)}) {

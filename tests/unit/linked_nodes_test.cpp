@@ -1,4 +1,7 @@
 // Evidence on linked nodes. Nothing public links nodes yet.
+#include <filesystem>
+#include <fstream>
+
 #include "allocation_faults.h"
 #include "network_building.h"
 #include "node.h"
@@ -57,6 +60,24 @@ TEST(linked_nodes, take_evidence_from_each_other) {
     chain continuous("cc");
     q_node_enter_value(continuous.n[0], 2.5);
     EXPECT_EQ(q_node_get_entered_value(continuous.n[2]), 2.5);
+}
+
+TEST(linked_nodes, are_written_to_case_files_as_those_they_are_linked_to) {
+    chain tested("cd");
+    const auto& n = tested.n;
+    const std::string path = testing::TempDir() + "linked.case";
+    const char* const names[] = {"first", "second", "third"};
+    for (std::size_t i = 0; i < 3; ++i) q_node_set_name(n[i], names[i]);
+    q_node_set_label(n[1], "L");
+    q_node_select_state(n[0], 1);
+    q_node_select_state(n[1], 0);
+    EXPECT_EQ(q_domain_save_case(tested.domains[0].get(), path.c_str()), q_error_none);
+    EXPECT_EQ((std::stringstream() << std::ifstream(path).rdbuf()).str(), "second: #0\t% \"L\"\n");
+
+    std::ofstream(path) << "first: (0.5 1)";
+    EXPECT_EQ(q_domain_parse_case(tested.domains[0].get(), path.c_str(), nullptr, nullptr), q_error_none);
+    EXPECT_EQ(tested.selected(), (states{-2, -2, -2}));
+    std::filesystem::remove(path);
 }
 
 TEST(linked_nodes, take_all_or_nothing) {
