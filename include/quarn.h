@@ -78,6 +78,9 @@ typedef struct q_attribute* q_attribute_t;
  */
 typedef void (*q_parse_error_handler_t)(size_t position, const char* message, void* data);
 
+/** The same without data. */
+typedef void (*q_parse_error_plain_handler_t)(size_t position, const char* message);
+
 /* The error codes; q_error_description() says what each means. */
 enum {
     q_error_none = 0,
@@ -1203,7 +1206,7 @@ Q_API size_t q_domain_minimize_limid(q_domain_t domain);
  * --------------------------------------------------------------------------------------------------------------- */
 
 /**
- * Reads a network in the NET language; docs/net-language.md describes what is understood so far.
+ * Reads a network in the NET language, or in its older dialect; both are described in docs/net-language.md.
  *
  * source   NET text when it begins with "net {", else the name of a file
  * handler  called with each error and warning; may be null
@@ -1214,6 +1217,9 @@ Q_API size_t q_domain_minimize_limid(q_domain_t domain);
  */
 Q_API q_domain_t q_net_parse_domain(const char* source, q_parse_error_handler_t handler, void* data);
 
+/** The same with a handler that takes no data. */
+Q_API q_domain_t q_net_parse_domain_plain(const char* source, q_parse_error_plain_handler_t handler);
+
 /**
  * Writes a network to a file in the NET language. Reading it gives the same network, nodes in order of creation, with
  * numbers rounded to eight significant digits and the parents of each node ordered by kind: discrete nodes first,
@@ -1222,7 +1228,8 @@ Q_API q_domain_t q_net_parse_domain(const char* source, q_parse_error_handler_t 
  * path    a file there is replaced, with its permissions, once the new one is complete: that takes the right to make
  *         files in its folder. Devices and pipes are written to directly
  * errors  q_error_io: nothing is left behind, an old file is as it was; q_error_invalid_probability_potential: a number in
- *         a table is infinite or NaN; q_error_invalid_state_values: a state value is NaN; q_error_locale
+ *         a table is infinite or NaN; q_error_invalid_state_values: a state value is NaN; q_error_invalid_expression: an
+ *         expression in a model does not suit any more, as a node has changed its subtype or category; q_error_locale
  */
 Q_API q_status_t q_domain_save_as_net(q_domain_t domain, const char* path);
 

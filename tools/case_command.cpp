@@ -30,8 +30,9 @@ void add_case_command(CLI::App& commands, case_options& options) {
     CLI::App& command =
         add_command(commands, "case", "Write evidence to a case file", options.model, explanations);
     add_evidence(command, options.evidence, options.case_file);
-    command.add_option("-o,--output", options.output, "The case file to be written")
+    command.add_option("-o,--output", options.output)
         ->type_name("FILE")
+        ->description("The case file to be written; - for standard output")
         ->required();
 }
 
@@ -39,7 +40,8 @@ std::string run_case(const case_options& options) {
     const std::vector<evidence> given = parse_evidence(options.evidence);
     const model asked(options.model);
     enter_evidence(asked, options.case_file, given);
-    const q_status_t status = q_domain_save_case(asked.domain(), options.output.c_str());
+    const char* const path = options.output == "-" ? "/dev/stdout" : options.output.c_str();
+    const q_status_t status = q_domain_save_case(asked.domain(), path);
     if (status == q_error_io) throw command_failure(options.output + ": cannot be written");
     if (status != q_error_none) fail_with_library_error(asked.file());
     return "";

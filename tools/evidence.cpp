@@ -154,6 +154,8 @@ void enter_evidence(const model& target, const evidence& entered) {
 
 void enter_evidence(const model& target, const std::optional<std::string>& case_file,
                     const std::vector<evidence>& entered) {
+    if (case_file == "-" && target.file() == "-")
+        throw usage_failure("the model and the case cannot both come from standard input");
     if (case_file) enter_case(target, *case_file);
     for (const evidence& more : entered) enter_evidence(target, more);
 }

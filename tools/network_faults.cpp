@@ -27,7 +27,8 @@ std::string begin_of(q_node_t node) { return std::string("node ") + q_node_get_n
 bool is_discrete(q_node_t node) { return q_node_get_kind(node) == q_kind_discrete; }
 bool is_function(q_node_t node) { return q_node_get_category(node) == q_category_function; }
 bool needs_data(q_node_t node) {
-    return !is_function(node) && q_node_get_category(node) != q_category_decision;
+    if (is_function(node)) return is_discrete(node) && q_node_get_model(node) == nullptr;
+    return q_node_get_category(node) != q_category_decision;
 }
 
 // Whether the numbers in the table are to be distributions that the model itself makes no others of.
@@ -42,7 +43,7 @@ std::span<const double> numbers_of(q_node_t node) {
     return {numbers, numbers == nullptr ? 0 : q_table_get_size(table)};
 }
 
-// The names of the nodes that have a table or model; true for those that share one. Nothing where that cannot be told.
+// The names of the nodes that have a table; true for those that share one. Nothing where that cannot be told.
 using described_nodes = std::optional<std::unordered_map<std::string, bool>>;
 
 // To be called before tables are asked for, which makes those that are missing.
@@ -52,11 +53,15 @@ described_nodes find_described(q_domain_t domain) {
     if (text.empty()) return {};
     described_nodes found(std::in_place);
     std::istringstream lines(text);
+    std::vector<std::string> names;  // of the children of the last potential
     for (std::string line; std::getline(lines, line);) {
-        if (!line.starts_with(keyword) || line.ends_with("{}")) continue;
-        std::istringstream children(line.substr(keyword.size(), line.find_first_of("|)") - keyword.size()));
-        const std::vector<std::string> names{std::istream_iterator<std::string>(children), {}};
-        for (const std::string& name : names) (*found)[name] |= names.size() > 1;
+        if (line.starts_with(keyword)) {
+            std::istringstream children(
+                line.substr(keyword.size(), line.find_first_of("|)") - keyword.size()));
+            names.assign(std::istream_iterator<std::string>(children), {});
+        } else if (line.starts_with("\tdata = ")) {
+            for (const std::string& name : names) (*found)[name] |= names.size() > 1;
+        }
     }
     return found;
 }
@@ -142,7 +147,7 @@ std::vector<std::string> find_network_faults(q_domain_t domain) {
     for (const q_node_t node : nodes) {
         const std::string name = q_node_get_name(node);
         const bool is_missing = described && !described->contains(name);
-        if (is_function(node) && q_node_get_model(node) == nullptr)
+        if (q_node_get_kind(node) == q_kind_other && is_function(node) && q_node_get_model(node) == nullptr)
             found.push_back(begin_of(node) + "the function has no model");
         else if (is_missing && needs_data(node))
             found.push_back(begin_of(node) + "there are no potential data");

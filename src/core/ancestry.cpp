@@ -26,26 +26,26 @@ const node_list& ancestors(node& start) { return reach(start, &node::parents); }
 
 const node_list& descendants(node& start) { return reach(start, &node::children); }
 
-bool is_above(std::span<node* const> group, std::span<node* const> start) {
-    domain& searched = *group.front()->domain;
-    const uint64_t sought = searched.new_mark(), met = searched.new_mark();
-    for (node* member : group) member->mark = sought;
+bool leads_to(std::span<node* const> start, node_list node::*neighbours,
+              const std::function<bool(const node&)>& is_sought) {
+    if (start.empty()) return false;
+    const uint64_t mark = start.front()->domain->new_mark();
     std::vector<node*> open;
     bool found = false;
-    const auto visit = [&](node* above) {
-        if (above->mark == sought) found = true;
-        if (above->mark == sought || above->mark == met) return;
-        above->mark = met;
-        open.push_back(above);
+    const auto visit = [&](node* met) {
+        if (met->mark == mark) return;
+        met->mark = mark;
+        found |= is_sought(*met);
+        open.push_back(met);
     };
-    for (node* above : start) visit(above);
+    for (node* met : start) visit(met);
     while (!open.empty() && !found) {
-        const node& below = *open.back();
+        const node& from = *open.back();
         open.pop_back();
-        for (node* parent : below.parents) visit(parent);
+        for (node* next : from.*neighbours) visit(next);
         // A member that was met before has brought the others.
-        if (chain_component* const joined = below.component; joined != nullptr && joined->mark != met) {
-            joined->mark = met;
+        if (chain_component* const joined = from.component; joined != nullptr && joined->mark != mark) {
+            joined->mark = mark;
             for (node* member : joined->members) visit(member);
         }
     }
@@ -58,12 +58,9 @@ bool link_closes_cycle(node& child, node& parent) {
     };
     if (is_free(child, child.children) || is_free(parent, parent.parents)) return false;
     node* const start = &parent;
-    node* const alone = &child;
-    const std::span<node* const> group =
-        child.component == nullptr
-            ? std::span(&alone, 1)
-            : std::span(child.component->members.begin(), child.component->members.size());
-    return is_above(group, {&start, 1});
+    return leads_to({&start, 1}, &node::parents, [&](const node& met) {
+        return &met == &child || (child.component != nullptr && met.component == child.component);
+    });
 }
 
 }  // namespace quarn

@@ -1,6 +1,7 @@
 // Walks along the links: ancestors, descendants, and the test for directed cycles.
 #pragma once
 
+#include <functional>
 #include <span>
 
 #include "node.h"
@@ -11,9 +12,10 @@ namespace quarn {
 const node_list& ancestors(node& start);
 const node_list& descendants(node& start);
 
-// Whether one of a group of nodes is in the start or above it, a chain component counting as one node. The group is not
-// empty and has all members of a component or none.
-bool is_above(std::span<node* const> group, std::span<node* const> start);
+// Whether a node that is sought is among those at the start or beyond them, going from node to node along these links. A
+// chain component counts as one node.
+bool leads_to(std::span<node* const> start, node_list node::*neighbours,
+              const std::function<bool(const node&)>& is_sought);
 
 // Whether a link between two nodes would close a directed cycle, a chain component counting as one node.
 bool link_closes_cycle(node& child, node& parent);

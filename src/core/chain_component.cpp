@@ -1,6 +1,7 @@
 #include "chain_component.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "ancestry.h"
 #include "errors.h"
@@ -48,6 +49,33 @@ void require_suitable(domain& owner, std::span<node* const> children, std::span<
     for (node* parent : parents) require_new(*parent);
 }
 
+// What the first of the components that are merged, if there is one, gets as members.
+std::vector<node*> nodes_beyond_first(std::span<chain_component* const> merged,
+                                      std::span<node* const> children) {
+    std::vector<node*> added;
+    for (const chain_component* part : merged)
+        if (part != merged.front()) added.insert(added.end(), part->members.begin(), part->members.end());
+    std::ranges::copy_if(children, std::back_inserter(added),
+                         [](const node* child) { return child->component == nullptr; });
+    return added;
+}
+
+// Whether the new component would be above itself. What is new on such a way is a link from one of the parents, or it
+// leads into or out of one of the nodes that are added.
+bool closes_cycle(std::span<chain_component* const> merged, std::span<node* const> added,
+                  std::span<node* const> parents) {
+    const std::unordered_set<const node*> known(added.begin(), added.end());
+    const auto is_member = [&](const node& met) {
+        return (!merged.empty() && met.component == merged.front()) || known.contains(&met);
+    };
+    std::vector<node*> above(parents.begin(), parents.end()), below;
+    for (const node* member : added) {
+        above.insert(above.end(), member->parents.begin(), member->parents.end());
+        below.insert(below.end(), member->children.begin(), member->children.end());
+    }
+    return leads_to(above, &node::parents, is_member) || leads_to(below, &node::children, is_member);
+}
+
 // Room for more items, without any change that can be seen.
 template <class T>
 void make_room(std::vector<T>& list, std::size_t more) {
@@ -66,15 +94,8 @@ std::vector<node*> parents_of(const chain_component& component) {
 table& join_by_potential(domain& changed, std::span<node* const> children, std::span<node* const> parents) {
     require_suitable(changed, children, parents);
     const std::vector<chain_component*> merged = components_of(changed, children);
-    std::vector<node*> members;
-    for (const chain_component* part : merged)
-        members.insert(members.end(), part->members.begin(), part->members.end());
-    for (node* child : children)
-        if (child->component == nullptr) members.push_back(child);
-    std::vector<node*> above(parents.begin(), parents.end());
-    for (const node* member : members)
-        above.insert(above.end(), member->parents.begin(), member->parents.end());
-    require(!is_above(members, above), q_error_cyclic_network);
+    const std::vector<node*> added = nodes_beyond_first(merged, children);
+    require(!closes_cycle(merged, added, parents), q_error_cyclic_network);
     std::vector<node*> joined(parents.begin(), parents.end());
     joined.insert(joined.end(), children.begin(), children.end());
     require_joinable_beliefs(joined);
@@ -86,7 +107,7 @@ table& join_by_potential(domain& changed, std::span<node* const> children, std::
     std::size_t potential_count = 1;
     for (const chain_component* part : merged)
         if (part != &target) potential_count += part->potentials.size();
-    target.members.reserve(members.size());
+    target.members.reserve(target.members.size() + added.size());
     make_room(target.potentials, potential_count);
     make_room(changed.components, 1);
 
@@ -94,13 +115,13 @@ table& join_by_potential(domain& changed, std::span<node* const> children, std::
     for (chain_component* part : merged)
         if (part != &target) std::ranges::move(part->potentials, std::back_inserter(target.potentials));
     target.potentials.push_back(std::move(potential));
-    for (std::size_t i = target.members.size(); i < members.size(); ++i) {
-        members[i]->component = &target;
-        target.members.append(members[i]);
+    for (node* member : added) {
+        member->component = &target;
+        target.members.append(member);
     }
     if (created)
         changed.components.push_back(std::move(created));
-    else
+    else if (merged.size() > 1)
         std::erase_if(changed.components, [&](const std::unique_ptr<chain_component>& part) {
             return part.get() != &target && std::ranges::find(merged, part.get()) != merged.end();
         });

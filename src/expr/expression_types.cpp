@@ -103,4 +103,10 @@ void require_suitable(const node& owner, const expression& tree) {
             q_error_invalid_expression);
 }
 
+void require_still_suitable(const node& owner, const expression& tree) {
+    for (const expression* at = &tree; at != nullptr; at = next_in_tree(*at, tree))
+        if (at->is_composite()) require_arguments(at->op, {at->arguments.begin(), at->arguments.size()});
+    require_suitable(owner, tree);
+}
+
 }  // namespace quarn

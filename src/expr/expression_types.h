@@ -19,5 +19,7 @@ void require_arguments(q_operator_t op, std::span<expression* const> arguments);
 // Fails with q_error_invalid_expression where a model of the node cannot hold the expression: it must yield what selects a
 // state of the node, or a number for one without states; a chance node also takes a distribution.
 void require_suitable(const node& owner, const expression& tree);
+// The same, and fails where an operator in it does not take its arguments any more: nodes may have changed their subtypes.
+void require_still_suitable(const node& owner, const expression& tree);
 
 }  // namespace quarn

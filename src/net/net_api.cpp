@@ -11,3 +11,10 @@ q_domain_t q_net_parse_domain(const char* source, q_parse_error_handler_t handle
         return read_net(source, reports).release();
     });
 }
+
+q_domain_t q_net_parse_domain_plain(const char* source, q_parse_error_plain_handler_t handler) {
+    const q_parse_error_handler_t pass_on = [](size_t position, const char* message, void* plain) {
+        (*static_cast<q_parse_error_plain_handler_t*>(plain))(position, message);
+    };
+    return q_net_parse_domain(source, handler != nullptr ? pass_on : nullptr, &handler);
+}

@@ -45,4 +45,15 @@ token net_lexer::read_signed_number() {
     return read_number();
 }
 
+bool begins_as(std::string_view source, bool (*begins)(net_lexer&)) {
+    parse_reports unheard(nullptr, nullptr);
+    net_lexer lexer(source, position_unit::character, unheard);
+    try {
+        return begins(lexer);
+    } catch (const reported_failure& failed) {
+        require(failed.code() == q_error_parse, failed.code());
+        return false;
+    }
+}
+
 }  // namespace quarn

@@ -24,4 +24,7 @@ private:
     char sign_ = '\0';  // of the last number; null: none
 };
 
+// Whether the first tokens of a text are what `begins` looks for; not where they are no tokens. Nothing is reported.
+bool begins_as(std::string_view source, bool (*begins)(net_lexer&));
+
 }  // namespace quarn

@@ -6,6 +6,7 @@
 #include "net_node.h"
 #include "net_potential.h"
 #include "net_reader.h"
+#include "old_dialect.h"
 
 namespace quarn {
 namespace {
@@ -130,7 +131,10 @@ std::unique_ptr<domain> parse_net(std::string_view source, position_unit unit, p
     net_reader in(source, unit, reports);
     try {
         auto parsed = std::make_unique<domain>();
-        net_parser(in, *parsed).parse();
+        if (is_old_dialect(source))
+            parse_old_dialect(in, *parsed);
+        else
+            net_parser(in, *parsed).parse();
         if (reports.error_count() > 0) throw reported_failure(q_error_parse);
         return parsed;
     } catch (const reported_failure&) {

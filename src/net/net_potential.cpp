@@ -197,15 +197,16 @@ void potential_parser::require_unlinked(const head& parsed) {
     const uint64_t child_mark = target_.new_mark();
     for (node* child : parsed.children) child->mark = child_mark;
     for (node* child : parsed.children)
-        for_each_potential_over(*child, *child, [&](const table& shared) {
-            if (std::ranges::count(shared.nodes, child_mark, &node::mark) > 1)
+        for (const table* shared : shared_by_[child])
+            if (std::ranges::count(shared->nodes, child_mark, &node::mark) > 1)
                 in_.fail("links specified twice for %s", node_name(*child));
-        });
 }
 
 table& potential_parser::join(const head& parsed) {
     try {
-        return join_by_potential(target_, parsed.children, parsed.parents);
+        table& joining = join_by_potential(target_, parsed.children, parsed.parents);
+        for (const node* child : parsed.children) shared_by_[child].push_back(&joining);
+        return joining;
     } catch (const failure& refused) {
         in_.fail("adding chain potential creates a %s", refused_cycle(refused));
     }

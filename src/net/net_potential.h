@@ -2,7 +2,9 @@
 // share.
 #pragma once
 
+#include <unordered_map>
 #include <unordered_set>
+#include <vector>
 
 #include "net_reader.h"
 #include "node.h"
@@ -46,7 +48,9 @@ private:
 
     net_reader& in_;
     domain& target_;
-    uint64_t head_mark_ = 0;                     // carried by the nodes met in the present head
+    uint64_t head_mark_ = 0;  // carried by the nodes met in the present head
+    std::unordered_map<const node*, std::vector<const table*>>
+        shared_by_;                              // the potentials that join a node to others
     std::unordered_set<const node*> described_;  // those that have had a potential of their own
 };
 

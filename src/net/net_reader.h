@@ -14,6 +14,7 @@ public:
     using net_lexer::net_lexer;
     using net_lexer::number;
     using net_lexer::number_has_sign;
+    using net_lexer::position;
     using net_lexer::report;
     using net_lexer::text;
 

@@ -14,16 +14,7 @@ bool begins_as_network(net_lexer& lexer) {
 }
 
 // Text that begins with `net {` or `class NAME {`; anything else names a file.
-bool is_net_text(const char* source) {
-    parse_reports unheard(nullptr, nullptr);
-    net_lexer lexer(source, position_unit::character, unheard);
-    try {
-        return begins_as_network(lexer);
-    } catch (const reported_failure& failed) {
-        require(failed.code() == q_error_parse, failed.code());
-        return false;
-    }
-}
+bool is_net_text(const char* source) { return begins_as(source, begins_as_network); }
 
 }  // namespace
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "expression_printer.h"
+#include "expression_types.h"
 #include "model.h"
 #include "table_writer.h"
 
@@ -66,7 +67,10 @@ void write_model(std::string& to, const model& written) {
     const char* separator = "\n\t    ";
     for (const owned_expression& expression : written.expressions) {
         to += separator;
-        if (expression) to += print(*expression);
+        if (expression) {
+            require_still_suitable(*written.owner, *expression);
+            to += print(*expression);
+        }
         separator = ",\n\t    ";
     }
     to += ");\n";

@@ -4,11 +4,7 @@
 # shellcheck source=tests/support/command.sh
 source "$2/tests/support/command.sh"
 
-complain() {
-    echo "FAILED: $*"
-    sed 's/^/    /' "$work/out" "$work/err"
-    failures=$((failures + 1))
-}
+complain() { fail "$*"$'\n'"$(cat "$work/out" "$work/err")"; }
 
 # expect STATUS STREAM PATTERN ARGUMENT...: runs quarn and looks for a line that matches in out or err.
 expect() {
@@ -49,9 +45,7 @@ cp "$work/warning.net" "$work/net { }"
 # --- Results
 expect 0 out '^P\(evidence\) +1$' beliefs "$clinic"
 expect 0 out '^asia \(Visit to Asia\)  \[evidence: yes\]$' beliefs "$clinic" --evidence asia=yes
-expect 0 out '^P\(evidence\) +0\.01$' beliefs "$clinic" --evidence asia=yes
 expect 0 out '^P\(evidence\) +0\.00450[0-9]*$' beliefs "$clinic" --evidence asia=yes dyspnoea='#0'
-expect 0 out '^P\(evidence\) +0\.00450[0-9]*$' beliefs "$clinic" -e asia=yes -e dyspnoea=yes
 expect 0 out '^P\(evidence\) +0\.00450[0-9]*$' beliefs --evidence asia='(1, 0)' dyspnoea=yes "$clinic"
 expect 0 out '^P\(evidence\) +2$' beliefs "$clinic" -e 'asia=(2 2)'
 expect 0 out '^xray .*\[evidence: 0\.5 0\.25\]$' beliefs "$clinic" -e 'xray=(0.5 0.25)'
@@ -60,7 +54,6 @@ expect 0 out '^b \(\\x1b\[1m\)  \[evidence: #0\]$' beliefs "$work/states.net" -e
 expect 0 out '^  #0 \(1\)    0\.5$' beliefs "$work/states.net"
 expect 0 out '\[evidence: y\]$' beliefs "$work/states.net" -e a=y
 expect 0 out '\[evidence: #3\]$' beliefs "$work/states.net" -e a='#3'
-expect 0 out '\[evidence: #1\]$' beliefs "$work/states.net" -e a='#1'
 expect 0 out '^P\(evidence\) +0\.99$' beliefs "$clinic" -e 'asia=(1e-400 1)'
 expect 0 err "^$work/wide.net: 5 more warnings$" beliefs "$work/wide.net"
 [ "$(wc -l <"$work/err")" -eq 21 ] || complain "20 warnings and how many more"
@@ -81,9 +74,9 @@ assert list(result["beliefs"])[:3] == ["asia", "smoking", "tuberculosis"]
 for node in result["beliefs"].values():
     assert node["states"] == ["yes", "no"] and math.isclose(sum(node["beliefs"]), 1, rel_tol=1e-12)
 END
-    "$quarn" beliefs "$work/states.net" --json >"$work/out"
-    python3 -c 'import json, sys; assert json.load(open(sys.argv[1]))["beliefs"]["a"]["states"] == ["#0", "#1", "y", "#3", "#4"]' \
-        "$work/out" || complain "JSON of states without usable labels"
+    "$quarn" beliefs "$work/states.net" --json | python3 -c '
+import json, sys
+assert json.load(sys.stdin)["beliefs"]["a"]["states"] == ["#0", "#1", "y", "#3", "#4"]' || fail "labels"
 fi
 
 expect 0 out '"p": null' beliefs "$clinic" --json -e 'asia=(1e308 1e308)' 'xray=(1e308 1e308)'
@@ -102,13 +95,11 @@ expect 1 err "^quarn: $work/utility.net: the network has no chance or decision n
 expect 1 err 'net: node a: the probabilities sum to 0$' beliefs "$work/no_distribution.net"
 expect 1 err '^quarn: .*there is no node lungs$' beliefs "$clinic" -e lungs=yes
 expect 1 err 'node asia has no state maybe; its states are #0 yes, #1 no$' beliefs "$clinic" -e asia=maybe
-expect 1 err 'has no state #2;' beliefs "$clinic" -e asia='#2'
 expect 1 err 'has no state #99999999999999999999;' beliefs "$clinic" -e asia='#99999999999999999999'
 expect 1 err 'has no state #;' beliefs "$clinic" -e asia='#'
 expect 1 err 'node a has several states called x; its states are #0 x, #1 x, #2 y, #3, #4 #1$' \
     beliefs "$work/states.net" -e a=x
 expect 1 err 'node asia needs 2 weights, not 3; its states' beliefs "$clinic" -e 'asia=(1 2 3)'
-expect 1 err '^quarn: .*evidence is impossible' beliefs "$clinic" -e either=no cancer=yes
 expect 1 err '^quarn: .*evidence is impossible' beliefs "$clinic" -e 'asia=(0 0)'
 if [ -w /dev/full ]; then
     for arguments in "beliefs $clinic" --help --version; do
@@ -120,13 +111,10 @@ if [ -w /dev/full ]; then
 fi
 
 # --- Wrong command lines
-expect 2 err '^quarn: ' beliefs
 expect 2 err '^quarn: the name of the MODEL file is missing$' beliefs ''
 expect 2 err '^quarn: no command is given$'
 expect 2 err '^quarn: unknown command bogus$' bogus
 expect 2 err '^quarn: ' beliefs "$clinic" --no-such-option
-expect 2 err '^quarn: ' beliefs "$clinic" another.net
-expect 2 err 'evidence is written NODE=STATE$' beliefs "$clinic" -e asia
 expect 2 err 'evidence is written NODE=STATE$' beliefs "$clinic" -e =yes
 expect 2 err 'evidence is written NODE=STATE$' beliefs "$clinic" -e asia=
 expect 2 err 'given twice$' beliefs "$clinic" -e asia=yes asia=no
@@ -137,7 +125,6 @@ expect 2 err 'weights are missing$' beliefs "$clinic" -e 'asia=( )'
 
 # --- Help
 expect 0 out '^quarn [0-9]+\.[0-9]+\.[0-9]+$' --version
-expect 0 out 'beliefs' --help
 expect 0 out '^Commands:$' help
 expect 0 out '^Example:$' help beliefs
 ! grep -E '.{81}' "$work/out" || complain "long lines in the help"

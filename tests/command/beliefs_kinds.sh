@@ -3,20 +3,8 @@
 # usage: beliefs_kinds.sh QUARN SOURCE_DIR
 # shellcheck source=tests/support/command.sh
 source "$2/tests/support/command.sh"
-waste=$2/examples/waste_incinerator.net
-oil=$2/examples/oil_wildcatter.net
 
-# expect STATUS TEXT ARGUMENT...: runs quarn beliefs, whose output must have this text, with single blanks.
-expect() {
-    local status=$1 expected=$2 actual said
-    shift 2
-    "$quarn" beliefs "$@" >"$work/out" 2>"$work/err" </dev/null
-    actual=$?
-    said=$(sed -E 's/  +/ /g' "$work/out" "$work/err")
-    [ $actual -eq "$status" ] && [[ $said == *"$expected"* ]] && return
-    printf 'FAILED: quarn beliefs %s: status %s\n%s\n' "$*" $actual "$said"
-    failures=$((failures + 1))
-}
+command=beliefs
 
 {
     for coin in a b c d; do echo "node $coin { states = (\"0\" \"1\"); } potential ($coin) { data = (1 1); }"; done
@@ -39,7 +27,6 @@ sed 's/200 0/1e15 0/' "$oil" >"$work/scales.net"
 
 # --- Fast retraction
 expect 0 $'xray (Positive X-ray) [evidence: yes]\n yes 0.0702445' "$clinic" -e xray=yes dyspnoea=no --mode fast-retraction
-expect 0 'P(evidence) 0.0396199' "$clinic" -e xray=yes dyspnoea=no --mode fast-retraction
 expect 1 'fast retraction is not possible: some evidence excludes states' "$clinic" -e either=no --mode fast-retraction
 expect 1 'fast retraction is for discrete chance nodes only, but node efficiency is continuous' \
     "$waste" --mode fast-retraction
@@ -48,9 +35,7 @@ expect 2 'unknown mode slow' "$clinic" --mode slow
 # --- Most probable configurations: a possible one wherever all are tied, with its probability
 expect 0 $'xray = yes [evidence: yes]\ndyspnoea = no [evidence: no]\n\nP(configuration and evidence) 0.0152822' \
     "$clinic" -e dyspnoea=no xray=yes --max
-expect 0 'P(configuration and evidence) 0.290362' "$clinic" --max
 expect 1 '--max is for discrete chance nodes only, but node test is a decision' "$oil" --max
-expect 1 'the evidence is impossible' "$clinic" --max -e either=no cancer=yes
 expect 2 '--max goes neither with' "$clinic" --max --top 3
 for given in same=0 xor=1 'a=1 same=1' 'c=(0.5,0.5)'; do
     # shellcheck disable=SC2086
@@ -58,8 +43,7 @@ for given in same=0 xor=1 'a=1 same=1' 'c=(0.5,0.5)'; do
         "$work/coins.net" --max -e $given
     bits=$(sed -nE 's/^[a-z]+ = ([01]).*/\1/p' "$work/out" | tr -d '\n') # of a b c d xor same
     [ $((${bits:0:1} ^ ${bits:1:1})) -eq "${bits:4:1}" ] && [ $((${bits:4:1} ^ ${bits:2:1})) -eq "${bits:5:1}" ] && continue
-    echo "FAILED: given $given: $bits is impossible"
-    failures=$((failures + 1))
+    fail "given $given: $bits is impossible"
 done
 expect 0 $'c = 1 [evidence: 0.5 0.75]\n\nP(configuration and evidence) 0.046875' \
     "$work/coins.net" --max -e 'c=(0.5 0.75)' --nodes c
@@ -69,16 +53,13 @@ expect 0 $'smoking (Smoker)\n yes 0.5\n no 0.5\n\nasia (Visit to Asia)\n yes 0.0
     "$clinic" --nodes smoking,asia -n smoking
 expect 1 'there is no node lungs' "$clinic" --nodes asia,lungs
 [ "$("$quarn" beliefs "$clinic" -e xray=yes dyspnoea=no --top 2 | sed -n 's/ .*moved/ moved/p')" = \
-    $'bronchitis moved 0.256789]\neither moved 0.238867]' ] || failures=$((failures + 1))
-expect 0 'tuberculosis (Tuberculosis) [moved 0]' "$clinic" -e smoking=yes --nodes tuberculosis,smoking --top 2
-! grep -q smoking "$work/out" || failures=$((failures + 1))
+    $'bronchitis moved 0.256789]\neither moved 0.238867]' ] || fail "line $LINENO"
 expect 0 'metals_in_waste (Metals in waste) [moved 1.55681 SD]' "$waste" -e light=1.1 waste=industrial --top 1
 for count in -1 0 2.5 x; do expect 2 '--top needs a whole number from 1' "$clinic" --top $count; done
 
 # --- Continuous nodes: the results of the publication
 expect 0 $'dust (Dust emission)\n mean 3.03929\n variance 0.592909\n SD 0.770006' "$waste"
-seen=(-e waste=industrial light=1.1 co2=-0.9)
-expect 0 '[evidence: 1.1]' "$waste" -e light=+1.1
+seen=(-e waste=industrial light=+1.1 co2=-0.9)
 expect 0 $' stable 0.0122528\n unstable 0.987747\n\nfilter (Filter state)\n intact 0.999526' "$waste" "${seen[@]}"
 expect 0 $'metals (Emission of metals)\n mean 4.10767\n variance 0.118179\n SD 0.343772' "$waste" "${seen[@]}"
 expect 0 $'light (Light penetrability) [evidence: 1.1]\n mean 1.1\n variance 0\n' "$waste" "${seen[@]}"
@@ -104,21 +85,19 @@ expect 0 $'deductible (Deductible)\n '"$failed"$'\n\nlong_distance (Nine of ten 
 expect 0 $'value 364\n\ntariff (Tariff)\n economy 0\n regular 1\n high 0\n' "$premium"
 expect 0 $' false 0.25\n true 0.75\n\nincome (Expected income)\n value 273\n\nP(evidence) 1\n' "$premium"
 expect 0 $'value 243.2\n\nbasic (Basic premium)\n value 640\n\nP(evidence) 0.06\n' "$premium" -e region=town claims=two -n income,basic
-expect 0 $'deductible (Deductible)\n value 200\n' "$premium" -e region=country garage=true --nodes deductible
 expect 0 'tariff (Tariff) [moved 1]' "$premium" -e claims=two region=town --top 1
 expect 0 $'f\n '"$failed" "$work/numbers.net" --nodes f
 expect 1 $'known\n x 0.25\n y 0.75\n\nchosen\n '"$failed"$'\n\nfollows\n '"$failed"$'\n\nafter\n '"$failed" "$work/parts.net"
 expect 1 $'P(evidence) N/A\nlog P(evidence) N/A\nquarn: '"$work/parts.net: a discrete function, and what depends on it, could" "$work/parts.net"
 expect 0 $'follows\n u 0.5\n v 0.5\n\nafter\n value 10\n\nabove\n N/A: Division by zero' "$work/parts.net" -e known=y
 expect 0 'P(evidence) 0.75' "$work/parts.net" -e known=y --top 2 # what they were without evidence is not known
-! grep -q chosen "$work/out" || failures=$((failures + 1))
+! grep -q chosen "$work/out" || fail "line $LINENO"
 
 # --- Decisions and utilities
 expect 0 $'test (Seismic test) [decision]\n yes 0.5 EU 0\n no 0.5 EU 10' "$oil"
 expect 0 $'drill (Drill for oil) [decision] [evidence: yes]\n yes 1 EU 77.5\n no 0\n' "$oil" -e test=yes seismic=closed drill=yes
 expect 0 $'expected 87.5\n\nP(evidence) 0.24\nlog P(evidence) -1.42712\nexpected utility 77.5' \
     "$oil" -e test=yes seismic=closed drill=yes
-expect 0 'expected utility 20' "$oil" -e test=no drill=yes
 expect 1 'what is observed of node seismic can depend on decision test, which is open' "$oil" -e seismic=closed
 expect 1 'node drill is a decision: its evidence is a state, not a likelihood' "$oil" -e 'drill=(1 2)'
 expect 1 'node profit is a utility: it takes no evidence' "$oil" -e profit=3
@@ -130,7 +109,7 @@ expect 1 'node profit: the utility given oil=soaking, drill=yes is infinite' "$w
 expect 0 $'log P(evidence) 0\nexpected utility 0' "$oil" -e test=yes -n profit --top 2
 
 # --- JSON
-! command -v python3 >/dev/null || python3 - "$quarn" "$clinic" "$waste" "$oil" "$premium" "$work/parts.net" <<'END_OF_TEST' || failures=$((failures + 1))
+! command -v python3 >/dev/null || python3 - "$quarn" "$clinic" "$waste" "$oil" "$premium" "$work/parts.net" <<'END_OF_TEST' || fail "line $LINENO"
 import json, math, subprocess, sys
 def ask(*words):
     return json.loads(subprocess.run([sys.argv[1], "beliefs", *words, "--json"], stdout=subprocess.PIPE).stdout)

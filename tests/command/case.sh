@@ -3,20 +3,9 @@
 # usage: case.sh QUARN SOURCE_DIR
 # shellcheck source=tests/support/command.sh
 source "$2/tests/support/command.sh"
-oil=$2/examples/oil_wildcatter.net
 patient=$work/patient.case
 
-# expect STATUS TEXT ARGUMENT...: runs quarn, whose output must have this text.
-expect() {
-    local status=$1 expected=$2 actual said
-    shift 2
-    said=$("$quarn" "$@" 2>&1 </dev/null)
-    actual=$?
-    [ $actual -eq "$status" ] && [[ $said == *"$expected"* ]] && return
-    printf 'FAILED: quarn %s: status %s\n%s\n' "$*" $actual "$said"
-    failures=$((failures + 1))
-}
-expect_case() { [ "$(cut -f 1 "$patient")" == "$1" ] || expect none "$1" "$patient"; }
+expect_case() { [ "$(cut -f 1 "$patient")" == "$1" ] || fail "$(cat "$patient")"; }
 
 expect 0 '' case "$clinic" -e asia=yes 'xray=(0.9 0.2)' -o "$patient"
 expect_case $'xray: (0.9 0.2)\nasia: "yes"'

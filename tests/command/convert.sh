@@ -4,17 +4,6 @@
 # shellcheck source=tests/support/command.sh
 source "$2/tests/support/command.sh"
 
-# expect STATUS TEXT COMMAND...: runs quarn, whose output must have this text.
-expect() {
-    local status=$1 expected=$2 actual said
-    shift 2
-    said=$("$quarn" "$@" 2>&1)
-    actual=$?
-    [ $actual -eq "$status" ] && [[ $said == *"$expected"* ]] && return
-    printf 'FAILED: quarn %s: status %s\n%s\n' "$*" $actual "$said"
-    failures=$((failures + 1))
-}
-
 for example in "$2"/examples/*.net; do
     cp "$example" "$work/written.net"
     expect 0 '' convert "$work/written.net" "$work/written.net"

@@ -4,18 +4,7 @@
 # shellcheck source=tests/support/command.sh
 source "$2/tests/support/command.sh"
 
-# expect STATUS TEXT ARGUMENT...: runs quarn dsep, which must print a result, or else nothing but why there is none.
-expect() {
-    local status=$1 expected=$2 actual said
-    shift 2
-    "$quarn" dsep "$@" >"$work/out" 2>"$work/err" </dev/null
-    actual=$?
-    said=$(cat "$work/out" "$work/err")
-    said=${said%$'\nRun with --help for more information.'}
-    [ $actual -eq "$status" ] && [ "$said" = "$expected" ] && return
-    printf 'FAILED: quarn dsep %s: status %s\n%s\n' "$*" $actual "$said"
-    failures=$((failures + 1))
-}
+command=dsep whole=yes
 
 some='d-connected:
   asia (Visit to Asia)  [source]
@@ -39,8 +28,7 @@ import json, sys
 assert json.load(sys.stdin) == {
     "model": sys.argv[1], "sources": ["asia", "asia"], "given": ["tuberculosis"], "soft": ["xray", "either"],
     "d_connected": ["asia"],
-    "d_separated": "smoking tuberculosis cancer bronchitis either xray dyspnoea".split()}' "$clinic" ||
-        failures=$((failures + 1))
+    "d_separated": "smoking tuberculosis cancer bronchitis either xray dyspnoea".split()}' "$clinic" || fail "line $LINENO"
 fi
 
 # --- What cannot be done, and wrong command lines
@@ -48,7 +36,7 @@ expect 1 "quarn: $clinic: there is no node lungs" "$clinic" -s asia,lungs
 expect 1 "quarn: $clinic: there is no node [asia" "$clinic" -s asia -g '[asia,xray]'
 expect 1 "quarn: $clinic: there is no node \\x1b" "$clinic" -s asia --soft $'\e'
 expect 1 "quarn: $work/none.net: cannot be read: No such file or directory" "$work/none.net" -s asia
-expect 1 "quarn: ${oil:=$2/examples/oil_wildcatter.net}: node profit is a utility: it can be no source and takes no evidence" "$oil" -s profit
+expect 1 "quarn: $oil: node profit is a utility: it can be no source and takes no evidence" "$oil" -s profit
 expect 2 'quarn: --source is required' "$clinic"
 expect 2 'quarn: MODEL is required' -s asia
 expect 2 'quarn: The following argument was not expected: xray' "$clinic" -s asia xray

@@ -3,18 +3,8 @@
 # usage: solve.sh QUARN SOURCE_DIR
 # shellcheck source=tests/support/command.sh
 source "$2/tests/support/command.sh"
-oil=$2/examples/oil_wildcatter.net
 
-# expect STATUS TEXT ARGUMENT...: runs quarn solve, whose output must have this text, with single blanks.
-expect() {
-    local status=$1 expected=$2 actual said
-    shift 2
-    said=$("$quarn" solve "$@" 2>&1 </dev/null | sed -E 's/  +/ /g')
-    actual=$?
-    [ $actual -eq "$status" ] && [[ $said == *"$expected"* ]] && return
-    printf 'FAILED: quarn solve %s: status %s\n%s\n' "$*" $actual "$said"
-    failures=$((failures + 1))
-}
+command=solve
 
 # --- As published, but for what is impossible
 expect 0 $'test (Seismic test) [decision]\n choice\n yes\n
@@ -58,7 +48,7 @@ expect 1 'the evidence is impossible' "$oil" -e test=no seismic=open
 expect 1 'what is observed of node seismic can depend on decision test, which is open' "$oil" -e seismic=open
 expect 2 'unknown start best; there are uniform and file' "$oil" --start best
 
-! command -v python3 >/dev/null || python3 - "$quarn" "$oil" <<'END_OF_TEST' || failures=$((failures + 1))
+! command -v python3 >/dev/null || python3 - "$quarn" "$oil" <<'END_OF_TEST' || fail "line $LINENO"
 import json, subprocess, sys
 found = json.loads(subprocess.check_output([sys.argv[1], "solve", sys.argv[2], "--minimize", "--json"]))
 assert " ".join(found) == "model evidence log_p p start removed_links policies utilities expected_utility_before expected_utility"

@@ -144,7 +144,8 @@ void expect_nulls_refused(const std::string& name, Result (*function)(Parameters
     q_expression_is_composite, q_expression_clone, q_expression_delete, q_expression_to_string, \
     q_domain_parse_expression, q_domain_save_case, q_domain_parse_case, q_node_new_model, q_node_get_model, q_model_delete, q_model_get_nodes, \
     q_model_get_size, q_model_set_expression, q_model_get_expression, q_model_set_samples_per_interval, \
-    q_model_get_samples_per_interval, q_net_parse_domain, q_domain_save_as_net, q_domain_to_net
+    q_model_get_samples_per_interval, q_net_parse_domain, q_net_parse_domain_plain, \
+    q_domain_save_as_net, q_domain_to_net
 // clang-format on
 #define TEXT_OF(...) #__VA_ARGS__
 #define NAMES_OF(list) TEXT_OF(list)

@@ -16,10 +16,7 @@ const char* const cases[][3] = {
      "01 12 23 71 82 93 7: 8; 9< 3= 04 15 26 47 58 69 48 78 49 79 59 89", ""},
     // The health is seen: a Markov decision process. Then the oil wildcatter [Raiffa 1968].
     {"cd cd cd cd dd dd dd uo uo uo uo", "01 12 23 41 52 63 47 58 69 3: 04 15 26", "05 45 06 46 16 56"},
-    {"cd cd dd dd uo uo", "01 21 23 13 24 35 05", ""},
-    {"cd dd cd dd uo", "12 03 34 04", "01"},              // 1 influences no utility
     {"cd dd cd uo dd", "21 13 23 42", "01 04"},           // 4 decides before 1, and 0 is of no use to 1
-    {"cd dd cd dd uo", "01 12 23 34 04", ""},             // 1 tells 3 what it knows
     {"cd cd cd dd uo", "03 23 34 04 24", "13"},           // a part of the policy is kept
     {"fo fd dd cd uo fo", "01 12 02 24 45 35 25", "32"},  // functions remain, but inform nobody
     {"fo fd cd cd dd uo", "02 05 45 13 15 34", "24"},     // a common value, a common uncertain state

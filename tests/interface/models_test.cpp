@@ -1,7 +1,4 @@
 // Models of nodes: what they take, and how they follow changes of the network.
-#include <map>
-#include <random>
-
 #include "allocation_faults.h"
 #include "node_models.h"
 #include "scenarios.h"
@@ -100,28 +97,24 @@ TEST(models, refusals) {
 }
 
 TEST(models, can_be_too_large) {
-    // A model over B, or A and B; A may have many states.
+    constexpr std::size_t many = std::size_t(1) << 40;
+    const auto count = q_node_set_number_of_states;
     const auto build = [](std::size_t states, const char* model_nodes) {
         owned_domain domain = network("cd cd fo", "02 12");
         const nodes all = nodes_of(domain.get());
-        q_node_set_name(all[0], "A");
-        q_node_set_name(all[1], "B");
+        for (std::size_t node : {0u, 1u}) q_node_set_name(all[node], node == 0 ? "A" : "B");
         q_node_set_number_of_states(all[0], states);
         EXPECT_EQ(new_model(all[2], model_nodes), none);
         return domain;
     };
-    const auto renewed = [](q_node_t node, const char* model_nodes) {
-        q_model_delete(q_node_get_model(node));
-        return new_model(node, model_nodes);
-    };
-    constexpr std::size_t many = std::size_t(1) << 40;
-    const auto count = q_node_set_number_of_states;
     expect_refusals([&] { return build(1, "AB"); }, q_error_no_memory, call(count, 1, many));
     expect_refusals([&] { return build(4, "AB"); }, q_error_size_too_large, call(count, 1, many << 22));
-    const owned_domain domain = build(many, "B");
-    EXPECT_EQ(renewed(node_at(domain.get(), 2), "A"), q_error_no_memory);
+    const owned_domain domain = build(many, "");
+    q_node_t function = node_at(domain.get(), 2);
+    q_model_delete(q_node_get_model(function));
+    EXPECT_EQ(new_model(function, "A"), q_error_no_memory);
     EXPECT_EQ(count(node_at(domain.get(), 1), many), none);
-    EXPECT_EQ(renewed(node_at(domain.get(), 2), "AB"), q_error_size_too_large);
+    EXPECT_EQ(new_model(function, "AB"), q_error_size_too_large);
 }
 
 TEST(models, follow_changes) {
@@ -173,82 +166,6 @@ TEST(models, follow_changes) {
     }
 }
 
-// The expressions in a model by the labels of the states of its nodes, in the order of the names of these.
-std::map<std::map<std::string, std::string>, std::string> by_labels(q_model_t model) {
-    std::map<std::map<std::string, std::string>, std::string> found;
-    const nodes over = listed(q_model_get_nodes(model));
-    for (std::size_t at = 0; at < q_model_get_size(model); ++at) {
-        std::map<std::string, std::string> labels;
-        std::size_t rest = at;
-        for (auto node = over.rbegin(); node != over.rend(); ++node) {
-            const std::size_t states = q_node_get_number_of_states(*node);
-            labels[q_node_get_name(*node)] = q_node_get_state_label(*node, rest % states);
-            rest /= states;
-        }
-        if (q_expression_t tree = q_model_get_expression(model, at)) found[labels] = text_of(tree);
-    }
-    return found;
-}
-
-TEST(models, expressions_stay_with_the_labels_of_states) {
-    for (unsigned seed = 0; seed < 200; ++seed) {
-        std::mt19937 random(seed);
-        const auto below = [&](std::size_t limit) { return random() % limit; };
-        const owned_domain domain = network("cd cd cd fo", "03 13 23");
-        const nodes all = nodes_of(domain.get());
-        const auto set_count = [&](q_node_t node, std::size_t count) {
-            EXPECT_EQ(q_node_set_number_of_states(node, count), none);
-            for (std::size_t state = 0; state < count; ++state)
-                q_node_set_state_label(node, state, std::to_string(state).c_str());
-        };
-        for (std::size_t node = 0; node < 3; ++node) {
-            q_node_set_name(all[node], std::string(1, "ABC"[node]).c_str());
-            set_count(all[node], 1 + below(4));
-        }
-        new_model(all[3], "CAB");
-        const q_model_t model = q_node_get_model(all[3]);
-        for (std::size_t at = 0; at < q_model_get_size(model); ++at)
-            if (below(4) != 0) set_expression(all[3], at, std::to_string(at).c_str());
-        for (int step = 0; step < 8; ++step) {
-            q_node_t node = all[below(3)];
-            const std::string name = q_node_get_name(node);
-            const std::size_t states = q_node_get_number_of_states(node), chosen = below(states);
-            auto expected = by_labels(model);
-            std::vector<const char*> order;
-            for (std::size_t state = 0; state < states; ++state)
-                order.push_back(q_node_get_state_label(node, state));
-            switch (below(5)) {
-            case 0:
-                if (!listed(q_node_get_parents(all[3])).empty()) {
-                    const auto before = std::exchange(expected, {});
-                    for (auto [labels, text] : before)
-                        if (auto rest = labels; rest[name] == order[chosen] && rest.erase(name) == 1)
-                            expected[rest] = text;
-                    if (q_node_remove_parent_keep_state(all[3], node, chosen) != none) expected = before;
-                }
-                break;
-            case 1:
-            case 2:
-                std::shuffle(order.begin(), order.end(), random);
-                order.push_back(nullptr);
-                EXPECT_EQ(q_node_reorder_states(node, order.data()), none);
-                break;
-            default:
-                std::erase_if(expected, [&](const auto& entry) {
-                    const auto label = entry.first.find(name);
-                    return label != entry.first.end() && std::stoul(label->second) > chosen;
-                });
-                std::ranges::sort(order, {}, [](const char* label) { return std::stoul(label); });
-                order.push_back(nullptr);
-                q_node_reorder_states(node, order.data());
-                set_count(node, chosen + 1);
-                if (below(2) == 0) set_count(node, chosen + 1 + below(3));
-            }
-            ASSERT_EQ(by_labels(model), expected) << seed << ' ' << step;
-        }
-    }
-}
-
 // A decision between two parents of no use and a utility.
 owned_domain useless_parents() {
     owned_domain domain = network("cd cd dd uo", "02 12 23");
@@ -269,48 +186,48 @@ TEST(models, lose_parents_that_are_not_requisite) {
     if (allocation_faults::are_possible()) expect_survivals(useless_parents, call(q_domain_minimize_limid));
 }
 
-int callbacks = 0;
 std::string seen_by_callback;
 
 TEST(models, clean_up_callbacks_run_when_nothing_can_fail_any_more) {
     if (!allocation_faults::are_possible()) GTEST_SKIP() << "another tool has replaced operator new";
     const owned_domain domain = useless_parents();
     const nodes all = nodes_of(domain.get());
-    q_node_set_user_data_cleanup(all[0], [](q_node_t node) {
-        ++callbacks;
-        seen_by_callback = q_node_get_name(node) + (" " + model_of(q_node_get_children(node)[0]));
-    });
+    q_node_set_user_data_cleanup(
+        all[0], [](q_node_t node) { seen_by_callback += model_of(q_node_get_children(node)[0]); });
     {
         const allocation_faults plan(0, true);
         EXPECT_EQ(q_node_delete(all[0]), q_error_no_memory);
     }
-    EXPECT_EQ(callbacks, 0);
     EXPECT_EQ(q_node_delete(all[0]), none);
-    EXPECT_EQ(seen_by_callback, R"(A AB: if(A == B, A, B) | "one" | B | A)");
+    EXPECT_EQ(seen_by_callback, R"(AB: if(A == B, A, B) | "one" | B | A)");
     EXPECT_EQ(model_of(all[2]), R"(B: if("zero" == B, "zero", B) | "one")");
 }
 
-// A tree of many levels.
+TEST(models, weights_follow_the_order_of_the_states) {
+    const owned_domain domain = function_of_all();
+    q_node_t node = node_at(domain.get(), s);
+    give_model(node, "", {"Distribution(0.25, 0.5, 2)"});
+    EXPECT_EQ(reorder(node, "hi", "lo", "mid"), none);
+    EXPECT_EQ(model_of(node), ": Distribution(2, 0.25, 0.5)");
+    give_model(node, "", {"Distribution(1, 2)"});  // no weight for each state: stays
+    EXPECT_EQ(reorder(node, "mid", "hi", "lo"), none);
+    EXPECT_EQ(model_of(node), ": Distribution(1, 2)");
+}
+
 TEST(models, need_no_stack) {
     const owned_domain domain = network("cd fo", "01");
     const nodes all = nodes_of(domain.get());
     q_node_set_subtype(all[0], q_subtype_number);
+    q_expression_t tree = reference(all[0]);
+    for (int level = 0; level < 300000; ++level) tree = composite(q_operator_negate, {tree});
     EXPECT_EQ(new_model(all[1], ""), none);
-    q_expression_t tree = q_expression_make_node(all[0]);
-    for (int level = 0; level < 300000; ++level) {
-        const q_expression_t arguments[] = {tree, nullptr};
-        tree = q_expression_make_composite(q_operator_negate, arguments);
-    }
     EXPECT_EQ(q_model_set_expression(q_node_get_model(all[1]), 0, tree), none);
     q_node_t clone = q_node_clone(all[1]), twin = q_node_clone(all[0]);
     EXPECT_EQ(q_node_switch_parent(clone, all[0], twin), none);
     EXPECT_EQ(q_node_delete(all[0]), none);
-    const auto leaf = [](q_expression_t at) {
-        while (q_expression_is_composite(at) != 0) at = q_expression_get_arguments(at)[0];
-        return at;
-    };
-    EXPECT_EQ(q_expression_get_number(leaf(expression_of(all[1], 0))), 0);
-    EXPECT_EQ(q_expression_get_node(leaf(expression_of(clone, 0))), twin);
+    q_expression_t leaf = expression_of(clone, 0);
+    while (q_expression_is_composite(leaf) != 0) leaf = q_expression_get_arguments(leaf)[0];
+    EXPECT_EQ(q_expression_get_node(leaf), twin);
 }
 
 }  // namespace

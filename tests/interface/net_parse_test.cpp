@@ -62,6 +62,7 @@ TEST(NetParse, TellsWhatIsWrongAndWhere) {
         {"node {@", "name expected"},
         {"node b@ {}", "a node with name `b' already exists"},
         {"node c { label = 1@; }", "string expected"},
+        {"node c { x = 1@; }", "value of a user-defined attribute must be a string"},
         {"node c { states = ()@; }", "empty list of states"},
         {"node c { states = ('x' y@); }", "state or `)' expected"},
         {"node c { states = ('x'); states@ = ('x'); }", "states specified twice (or more)"},
@@ -309,6 +310,62 @@ TEST(NetParse, TakesTextsAndFiles) {
         EXPECT_EQ(parsed.code, q_error_io) << source;
         EXPECT_THAT(parsed.messages, testing::IsEmpty()) << source;
     }
+}
+
+// Each definition of nodes with ' for ", and what is to be said; handlers may do without data.
+TEST(NetParse, ReadsTheOlderDialect) {
+    const struct {
+        std::string text, message;
+        q_error_t code = q_error_parse;
+    } cases[] = {
+        {"1", "2: node name (or end-of-file) expected"},
+        {"a 2", "2: string expected"},
+        {"a '' (", "2: number expected"},
+        {"a '' 2 b (", "2: number expected"},
+        {"a '' 2 1", "2: parent node name or a left parenthesis expected"},
+        {"a '' 2 (1)", "2: number expected"},
+        {"a '' 2 (1 1 1)", "2: `)' expected"},
+        {"a '' 2 (1 -1)", "2: warning: negative value in probability potential", q_error_none},
+        {"a '' 2 (1 1)\na", "3: node `a' has already been defined (at line 2)"},
+        {"a '' 1 b 2 (1 1)\n\nb '' 3", "4: number of states (3) does not match previous usage (line 2)"},
+        {"a '' 2 b 3 b 3", "2: node `b' appears twice as a parent of `a'"},
+        {"a '' 2 a 2", "2: adding the link a --> a creates a directed cycle"},
+        {"a '' 1 b 1 (1)\nb '' 1 a 1", "3: adding the link a --> b creates a directed cycle"},
+        {"a '' 1\nb 2 (1 1)\n", "4: node `b' (used at line 3) has not been defined"},
+    };
+    static std::vector<std::string> heard;
+    const auto read = [](std::string text) {
+        std::ranges::replace(text, '\'', '"');
+        const temporary_file file(text);
+        heard.clear();
+        return owned_domain(
+            q_net_parse_domain_plain(file.path.c_str(), [](size_t position, const char* message) {
+                heard.push_back(std::to_string(position) + ": " + message);
+            }));
+    };
+    for (const auto& [text, message, code] : cases) {
+        EXPECT_EQ(read("net 'a label' 80.5 39.4 1\n" + text) == nullptr, code != q_error_none) << text;
+        EXPECT_EQ(q_error_code(), code) << text;
+        EXPECT_THAT(heard, ElementsAre(message)) << text;
+    }
+    EXPECT_EQ(read("net '' 1 1 1 a '' 0"), nullptr);
+    EXPECT_EQ(q_error_code(), q_error_usage) << "no states";
+    for (const char* sizes : {"-1 1 1", "1 -1 1", "1 1 -1"}) {
+        EXPECT_EQ(read(std::string("net '' ") + sizes), nullptr);
+        EXPECT_THAT(heard, ElementsAre("1: node width and height, and scale factor must be nonnegative"));
+    }
+
+    const owned_domain domain = read("net '' 80.5 39.4 1 % size\n a 'A' 2 c 3 b.d 1 ((1 2) (3 4) (5 6))"
+                                     " b.d '' 1 (7) c '' 3 b.d 1 (8 9 10)");
+    EXPECT_THAT(heard, testing::IsEmpty());
+    int32_t width = 0, height = 0;
+    q_domain_get_node_size(domain.get(), &width, &height);
+    EXPECT_EQ(std::pair(width, height), std::pair(81, 39));
+    const auto node = [&](const char* name) { return q_domain_get_node_by_name(domain.get(), name); };
+    EXPECT_STREQ(q_node_get_label(node("a")), "A");
+    EXPECT_THAT(listed(q_node_get_parents(node("a"))), ElementsAre(node("c"), node("b.d")));
+    EXPECT_THAT(data_of(q_node_get_table(node("a"))), ElementsAre(1, 2, 3, 4, 5, 6));
+    EXPECT_THAT(data_of(q_node_get_table(node("c"))), ElementsAre(8, 9, 10));
 }
 
 // An expression for each configuration of the model nodes, whatever their order among the parents.

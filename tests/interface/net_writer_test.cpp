@@ -40,147 +40,58 @@ owned_domain read(const std::string& text) {
     return domain;
 }
 
-const std::string whole_network = R"(net
-{
-    node_size = (80 40);
-    remark = "a \"b\"\\\t\1\0017\1778";
-    author = "";
+// The text of a net, a node or a potential: its head and the lines within its braces.
+std::string item(const std::string& head, const std::vector<std::string>& lines = {}) {
+    std::string text = (head == "net" ? "" : "\n") + head + "\n{\n";
+    for (const std::string& line : lines)
+        text += (head.starts_with("potential") ? "\t" : "    ") + line + '\n';
+    return text + "}\n";
 }
 
-node A
-{
-    label = "first\nsecond";
-    position = (0 -3);
-    states = ("x%" "" "two\nlines");
-    owner = "me";
-}
-
-node B.c
-{
-    states = ("false" "");
-    subtype = boolean;
-}
-
-node I
-{
-    states = ("" "");
-    subtype = interval;
-    state_values = (-infinity 0.33333333 infinity);
-}
-
-node N
-{
-    states = ("" "" "three");
-    subtype = number;
-    state_values = (-1 1E-05 2.5);
-}
-
-continuous node X
-{
-}
-
-continuous node Y
-{
-}
-
-function f
-{
-}
-
-potential (f | B.c N Y)
-{
-	model_nodes = (N B.c);
-	samples_per_interval = 25;
-	model_data = (
-	    Y + 1,
-	    if(B.c, Y, 2),
-	    ,
-	    -3,
-	    min(1, 2, Y ^ 2),
-	    );
-}
-
-potential (A)
-{
-	model_nodes = ();
-	model_data = (
-	    Distribution(1, 2, 3));
-	data = (0.2 0.3 0.5);
-	experience = (10);
-	fading = (1);
-}
-
-potential (B.c | A I)
-{
-	data = (((1 -0)	% A=x%  I=interval(-infinity,0.33333333)
-		 (0.5 0.5))	% A=x%  I=interval(0.33333333,infinity)
-		((0.25 0.75)	% A=#1  I=interval(-infinity,0.33333333)
-		 (1E-10 0.12345679))	% A=#1  I=interval(0.33333333,infinity)
-		((3 4)	% A=#2  I=interval(-infinity,0.33333333)
-		 (5 6)));	% A=#2  I=interval(0.33333333,infinity)
-}
-
-potential (N | B.c) {}
-
-potential (X)
-{
-	data = (normal ( 0, 1 ));
-}
-
-potential (Y | B.c N X)
-{
-	data = ((normal ( 1.5 + 2 * X, 0.25 )	% B.c=false  N=-1
-		 normal ( 1.5, 0 )	% B.c=false  N=1E-05
-		 normal ( -2 * X, 3 ))	% B.c=false  N=three
-		(normal ( -1 - 2 * X, 3 )	% B.c=true  N=-1
-		 normal ( 0, 3 )	% B.c=true  N=1E-05
-		 normal ( 1E+20, 3 )));	% B.c=true  N=three
-	experience = ((1	% B.c=false  N=-1
-		 2	% B.c=false  N=1E-05
-		 3)	% B.c=false  N=three
-		(4	% B.c=true  N=-1
-		 5	% B.c=true  N=1E-05
-		 6));	% B.c=true  N=three
-}
-)";
+const std::string whole_network =
+    item("net", {"node_size = (80 40);", R"(remark = "a \"b\"\\\t\1\0017\1778";)", "author = \"\";"}) +
+    item("node A", {R"(label = "first\nsecond";)", "position = (0 -3);", R"(states = ("x%" "");)",
+                    R"(owner = "me";)"}) +
+    item("node B.c", {R"(states = ("false" "");)", "subtype = boolean;"}) +
+    item("node I",
+         {R"(states = ("" "");)", "subtype = interval;", "state_values = (-infinity 0.33333333 infinity);"}) +
+    item("node N", {R"(states = ("" "" "three");)", "subtype = number;", "state_values = (-1 1E-05 2.5);"}) +
+    item("continuous node X") + item("continuous node Y") + item("function f") +
+    item("potential (f | B.c Y)", {"model_nodes = (B.c);", "samples_per_interval = 25;", "model_data = (",
+                                   "    if(B.c, Y, 2),", "    );"}) +
+    item("potential (A)", {"model_nodes = ();", "model_data = (", "    Distribution(1, 2));",
+                           "data = (0.2 0.8);", "experience = (10);", "fading = (1);"}) +
+    item("potential (B.c | A I)", {"data = (((1 -0)\t% A=x%  I=interval(-infinity,0.33333333)",
+                                   "\t (0.5 0.5))\t% A=x%  I=interval(0.33333333,infinity)",
+                                   "\t((0.25 0.75)\t% A=#1  I=interval(-infinity,0.33333333)",
+                                   "\t (1E-10 0.12345679)));\t% A=#1  I=interval(0.33333333,infinity)"}) +
+    "\npotential (N | B.c) {}\n" + item("potential (X)", {"data = (normal ( 0, 1 ));"}) +
+    item("potential (Y | N B.c X)",
+         {"data = ((normal ( 1.5 + 2 * X, 0.25 )\t% N=-1  B.c=false",
+          "\t normal ( 1.5, 0 ))\t% N=-1  B.c=true", "\t(normal ( -2 * X, 3 )\t% N=1E-05  B.c=false",
+          "\t normal ( -1 - 2 * X, 3 ))\t% N=1E-05  B.c=true", "\t(normal ( 0, 3 )\t% N=three  B.c=false",
+          "\t normal ( 1E+20, 3 )));\t% N=three  B.c=true"});
+const std::string two = R"(states = ("a" "b");)";
+const std::string diagram = item("net", {"node_size = (0 0);"}) + item("decision D", {two}) +
+                            item("utility U") + item("discrete function G", {two}) +
+                            item("potential (D)", {"data = (0.5 0.5);"}) +
+                            item("potential (U | D)", {"data = (-1\t% D=a", "\t2.5);\t% D=b"}) +
+                            item("potential (G)", {"data = (0.25 0.75);"});
+// The own potential of a member brings all of its links.
+const std::string shared_potentials =
+    item("net", {"node_size = (0 0);"}) + item("node p", {two}) + item("node a", {two}) +
+    item("node b", {two}) + item("node c", {two}) +
+    item("potential (a | p)", {"data = ((1 2)\t% p=a", "\t(3 4));\t% p=b"}) + "\npotential (b | p) {}\n" +
+    item("potential (b a | p)", {"data = (((1 2)\t% p=a  b=a", "\t (3 4))\t% p=a  b=b",
+                                 "\t((5 6)\t% p=b  b=a", "\t (7 8)));\t% p=b  b=b"}) +
+    "\npotential (b c) {}\n";
 
 TEST(NetWriter, WritesEverything) {
-    EXPECT_EQ(written(read(whole_network).get()), whole_network);
+    for (const std::string& text : {whole_network, diagram, shared_potentials})
+        EXPECT_EQ(written(read(text).get()), text);
     const owned_domain empty(q_domain_new());
     q_domain_set_node_size(empty.get(), -1, 5);
     EXPECT_EQ(written(empty.get()), "net\n{\n    node_size = (0 5);\n}\n") << "sizes are not negative";
-}
-
-TEST(NetWriter, WritesInfluenceDiagrams) {
-    const std::string diagram =
-        "net\n{\n    node_size = (0 0);\n}\n\ndecision D\n{\n    states = (\"a\" \"b\");\n}\n"
-        "\nutility U\n{\n}\n\nutility V\n{\n}\n\nfunction F\n{\n}\n"
-        "\ndiscrete function G\n{\n    states = (\"0\" \"1\");\n}\n"
-        "\npotential (F | D U V) {}\n"
-        "\npotential (D)\n{\n\tdata = (0.5 0.5);\n}\n"
-        "\npotential (U | D)\n{\n\tdata = (-1\t% D=a\n\t\t2.5);\t% D=b\n}\n"
-        "\npotential (V)\n{\n\tdata = (3);\n}\n"
-        "\npotential (G)\n{\n\tdata = (0.25 0.75);\n}\n";
-    EXPECT_EQ(written(read(diagram).get()), diagram);
-}
-
-// The own potential of a member brings all of its links; the table of another one got a parent after it was made.
-TEST(NetWriter, WritesSharedPotentials) {
-    std::string text = "net\n{\n    node_size = (0 0);\n}\n";
-    for (char name : std::string("pqabc"))
-        text += std::string("\nnode ") + name + "\n{\n    states = (\"0\" \"1\");\n}\n";
-    const std::string own =
-        "\npotential (a | p q)\n{\n\tdata = (((1 2)\t% p=0  q=0\n\t\t (1 2))\t% p=0  q=1\n"
-        "\t\t((3 4)\t% p=1  q=0\n\t\t (3 4)));\t% p=1  q=1\n}\n";
-    const std::string shared =
-        "\npotential (b a | p)\n{\n\tdata = (((1 2)\t% p=0  b=0\n\t\t (3 4))\t% p=0  b=1\n"
-        "\t\t((5 6)\t% p=1  b=0\n\t\t (7 8)));\t% p=1  b=1\n}\n"
-        "\npotential (b c) {}\n";
-    const owned_domain domain = read(text + "potential (a | p) { data = (1 2 3 4); }" + shared);
-    EXPECT_EQ(q_node_add_parent(node_at(domain.get(), 2), node_at(domain.get(), 1)), q_error_none);
-    text += own + "\npotential (b | p) {}\n" + shared;
-    EXPECT_EQ(written(domain.get()), text);
-    EXPECT_EQ(written(read(text).get()), text);
 }
 
 // A network of random nodes with random texts, links, numbers and models, in which tables are made between the links.

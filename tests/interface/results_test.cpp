@@ -1,4 +1,5 @@
 // What is read after a propagation: codes, moments of numeric nodes, and the report.
+#include <cmath>
 #include <cstdio>
 #include <fstream>
 
@@ -89,9 +90,14 @@ TEST(results, report) {
 
 TEST(results, codes) {
     const auto belief = q_node_get_belief, utility = q_node_get_expected_utility;
+    const auto propagated_finding = q_node_get_propagated_finding;
     const auto report = [](q_domain_t domain, const nodes&) {
         EXPECT_EQ(q_domain_set_log_file(domain, "/dev/full", 0), q_error_none);
         return q_domain_print_beliefs(domain);
+    };
+    const auto log_constant = [](q_domain_t domain, const nodes&) {  // where -1 is no failure
+        EXPECT_EQ(q_domain_get_log_normalization_constant(domain), 1.0);
+        return q_error_code();
     };
     for (bool is_compiled : {false, true}) {
         const auto build = [=] {
@@ -102,13 +108,21 @@ TEST(results, codes) {
         expect_refusals(build, is_compiled ? q_error_no_equilibrium : q_error_not_compiled, report,
                         call(belief, a, 0), call(q_node_get_numeric_mean, n), call(q_node_get_value, r),
                         call(utility, a, 0), call(utility, u, 0), call(q_node_get_utility_minimum, u),
-                        call(q_domain_get_expected_utility), call(q_domain_get_normalization_constant));
+                        call(q_domain_get_expected_utility), call(q_domain_get_normalization_constant),
+                        log_constant, call(q_node_get_propagated_state, a));
+        expect_refusals(build, is_compiled ? q_error_usage : q_error_not_compiled,
+                        call(q_domain_propagate, is_compiled ? q_equilibrium_none : sum, normal),
+                        call(q_domain_propagate, sum, is_compiled ? 22 : normal));
+        expect_refusals(build, q_error_usage, call(propagated_finding, a, 2));
     }
     expect_refusals(diagram, q_error_io, report);
     expect_refusals(diagram, q_error_computation_failed, call(q_node_get_value, r));
     expect_refusals(diagram, q_error_usage, call(belief, a, 2), call(belief, u, 0), call(q_node_get_mean, a),
                     call(q_node_get_numeric_mean, b), call(q_node_get_value, f), call(utility, a, 2),
-                    call(utility, u, 1), call(utility, r, 0), call(q_node_get_utility_maximum, r));
+                    call(utility, u, 1), call(utility, r, 0), call(q_node_get_utility_maximum, r),
+                    call(q_domain_compile), call(q_node_select_state, a, 2));
+    for (double weight : {-1.0, double(NAN), double(INFINITY), largest})
+        expect_refusals(diagram, q_error_usage, call(q_node_enter_finding, a, 0, weight));
     expect_refusals(gaussian, q_error_usage, call(belief, x, 0), call(utility, x, 0));
     EXPECT_EQ(q_domain_print_beliefs(new_diagram().get()), q_error_none) << "no log, nothing to do";
 }

@@ -7,8 +7,7 @@
 namespace oracle {
 namespace {
 
-outcome error(q_error_t code) { return {code, 0.0}; }
-
+outcome error(q_error_t code) { return {code}; }
 template <class Value>
 outcome result(Value value) {
     return {q_error_none, value};
@@ -26,8 +25,7 @@ outcome compute(q_operator_t op, const std::vector<double>& xs) {
                                            std::sqrt, std::fabs, std::floor, std::ceil};
     const double x = xs.front(), y = xs.back();
     const bool is_logarithm = op >= q_operator_log && op <= q_operator_log10;
-    const bool divides = op == q_operator_divide || op == q_operator_mod;
-    const bool raises = op == q_operator_power;
+    const bool divides = op == q_operator_divide || op == q_operator_mod, raises = op == q_operator_power;
     if ((divides && y == 0) || (raises && x == 0 && y < 0)) return error(q_error_division_by_zero);
     if ((is_logarithm && x <= 0) || (op == q_operator_sqrt && x < 0) ||
         (raises && x < 0 && std::rint(y) != y))

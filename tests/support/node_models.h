@@ -1,25 +1,31 @@
-// Models of nodes in tests: expressions written and read as text.
+// Expressions and models of nodes in tests, written and read as text.
 #pragma once
 #include <array>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include <quarn.h>
 
+#include "expression_trees.h"
 #include "network_building.h"
+
+inline owned_tree parsed(q_domain_t domain, const std::string& text) {
+    return owned_tree(q_domain_parse_expression(domain, text.c_str(), nullptr, nullptr));
+}
+inline std::string text_of(q_expression_t tree) {
+    if (tree == nullptr) return "-";
+    char* const text = q_expression_to_string(tree);
+    const std::string copy(text == nullptr ? "no text" : text);
+    q_string_delete(text);
+    return copy;
+}
 
 // Puts an expression into the model of a node; null: none.
 inline q_status_t set_expression(q_node_t owner, std::size_t configuration, const char* text) {
-    q_expression_t tree = nullptr;
-    if (text != nullptr) {
-        tree = q_domain_parse_expression(q_node_get_domain(owner), text, nullptr, nullptr);
-        if (tree == nullptr) return q_error_code();
-    }
-    const q_status_t status = q_model_set_expression(q_node_get_model(owner), configuration, tree);
-    if (status != q_error_none && tree != nullptr) {
-        EXPECT_EQ(q_expression_delete(tree), q_error_none);
-    }
+    owned_tree tree;
+    if (text != nullptr && !(tree = parsed(q_node_get_domain(owner), text))) return q_error_code();
+    const q_status_t status = q_model_set_expression(q_node_get_model(owner), configuration, tree.get());
+    if (status == q_error_none) (void)tree.release();
     return status;
 }
 
@@ -32,16 +38,11 @@ inline q_status_t new_model(q_node_t owner, const char* names) {
     return q_error_code();
 }
 inline void give_model(q_node_t owner, const char* names, const std::vector<const char*>& texts) {
+    if (q_model_t old = q_node_get_model(owner)) q_model_delete(old);
     EXPECT_EQ(new_model(owner, names), q_error_none);
     EXPECT_EQ(q_model_get_size(q_node_get_model(owner)), texts.size());
     for (std::size_t i = 0; i < texts.size(); ++i)
         EXPECT_EQ(set_expression(owner, i, texts[i]), q_error_none) << texts[i];
-}
-
-inline std::string text_of(q_expression_t tree) {
-    if (tree == nullptr) return "-";
-    const std::unique_ptr<char, void (*)(char*)> text(q_expression_to_string(tree), q_string_delete);
-    return text.get();
 }
 
 // The names of the model nodes, a colon, and the expressions with bars between them.
