@@ -1026,11 +1026,18 @@ Q_API q_boolean_t q_junction_tree_evidence_mode_is(q_junction_tree_t tree, q_mod
  * In a network with decisions, policies count as the tables of the decisions that are not observed; an observed decision
  * is made, and results are those given it.
  *
+ * Function nodes are computed on the way, in the order of dependence (docs/expressions.md). Where a discrete function cannot
+ * be, its junction tree is left at no equilibrium; the others are propagated, and the code of the function is returned:
+ * q_error_computation_failed, q_error_division_by_zero, q_error_inappropriate_arguments, q_error_invalid_state_values, or
+ * q_error_no_equilibrium when it depends on such a tree.
+ *
  * errors  q_error_usage; q_error_not_compiled; q_error_compressed: fast retraction in a compressed domain;
  *         q_error_invalid_evidence: an excluded node or a decision has a likelihood, an excluded node is not observed,
  *         or a decision with several states is open while a descendant, reached through chance nodes, is observed;
  *         q_error_invalid_probability_potential: a table holds a negative, infinite or NaN entry (a utility
  *         may be negative), or a distribution whose sum is not positive and finite, or a negative variance;
+ *         q_error_chain_graph: the tables of a chain component are 0 for all its states in some configuration of its
+ *         parents;
  *         q_error_inconsistency_or_underflow: the evidence is impossible, or contradicts what would otherwise be likely
  *         by more than a double can tell (about 1 to 1e308); q_error_overflow: the same upwards;
  *         q_error_zero_variance: a continuous node has no variance left and the value that it must have was observed, so
@@ -1039,8 +1046,8 @@ Q_API q_boolean_t q_junction_tree_evidence_mode_is(q_junction_tree_t tree, q_mod
  *         taken back fast; q_error_no_memory.
  *         After q_error_usage, _not_compiled, _compressed and _invalid_evidence nothing has changed. After the others the
  *         tree concerned is at sum equilibrium without evidence, all policies taken in (at none with an invalid table,
- *         with excluded nodes that contradict each other, or where there is no memory even for that), trees before it are propagated and trees after it are as they
- *         were. Entered evidence is untouched.
+ *         with excluded nodes that contradict each other, or where there is no memory even for that), trees before it are
+ *         propagated and trees after it are as they were. Entered evidence is untouched.
  */
 Q_API q_status_t q_domain_propagate(q_domain_t domain, q_equilibrium_t equilibrium, q_mode_t mode);
 
@@ -1065,7 +1072,7 @@ Q_API q_status_t q_clique_propagate(q_clique_t clique, q_equilibrium_t equilibri
  * then on fast retraction is refused.
  *
  * result  the memory of the tables, including the lists, divided by that before: 1 where nothing can be left out (again)
- * errors  q_error_usage: excluded, continuous or utility nodes; q_error_not_compiled; q_error_no_equilibrium: not
+ * errors  q_error_usage: excluded, continuous or utility nodes, chain components; q_error_not_compiled; q_error_no_equilibrium: not
  *         propagated, or not successfully, in some tree; q_error_table_too_large: positions in some table do not fit into
  *         32 bits; q_error_invalid_probability_potential: nothing is changed then; q_error_no_memory: all trees are
  *         without evidence then, and hold the tables that they held

@@ -87,7 +87,7 @@ TEST(inference, is_right_at_the_edge_of_the_doubles) {
     const owned_domain domain = network("cd cd cd", "01 12");
     const nodes all = nodes_of(domain.get());
     for (q_node_t node : all) q_node_set_number_of_states(node, 2);
-    for (std::size_t i : {1, 2}) with_table(all[i], {1, 0, 0, 1});
+    for (std::size_t i : {1u, 2u}) with_table(all[i], {1, 0, 0, 1});
     const struct {
         double on_p[2], on_r[2];
         double belief;  // of state 0
