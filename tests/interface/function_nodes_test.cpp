@@ -141,6 +141,26 @@ TEST(functions, of_nodes_of_another_subtype_than_before) {
     for (q_node_t function : tested) expect_value(function, 0, q_error_inappropriate_arguments);
 }
 
+TEST(functions, of_values_that_are_not_finite) {
+    const owned_domain domain(q_domain_new());
+    const q_node_t y = new_continuous(domain.get(), "Y"), z = new_continuous(domain.get(), "Z", {y});
+    q_node_set_cg_intercept(y, 0, 1e308);
+    q_node_set_cg_coefficient(z, y, 0, 10);
+    std::vector<q_node_t> tested;
+    for (const char* text :
+         {"Z", "-Z", "if(Z > 0, 1, 2)", "min(Z, 1)", "1 / Z", "if(Z == Z, 1, 2)", "Y * Y"}) {
+        tested.push_back(new_chance(domain.get(), nullptr, 0, {y, z}, "fo"));
+        set_model(tested.back(), text);
+    }
+    const q_node_t beside = new_chance(domain.get(), nullptr, 0, {z}, "fo");
+    set_model(beside, "if(or(true, Z > 0), 3, Z)");
+    EXPECT_EQ(q_domain_compile(domain.get()), q_error_none);
+    EXPECT_EQ(propagate(domain), q_error_none);
+    EXPECT_FALSE(std::isfinite(q_node_get_mean(z)));
+    for (q_node_t function : tested) expect_value(function, 0, q_error_computation_failed);
+    expect_value(beside, 3);
+}
+
 TEST(functions, of_a_million_levels) {
     const owned_domain domain = network("fo cd");
     q_expression_t tree = number(1);
