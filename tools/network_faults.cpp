@@ -5,16 +5,13 @@
 #include <cmath>
 #include <cstdio>
 #include <deque>
-#include <iterator>
 #include <limits>
 #include <numeric>
-#include <optional>
 #include <span>
-#include <sstream>
-#include <string_view>
 #include <unordered_map>
 
 #include "model.h"
+#include "potential_data.h"
 #include "table_fault.h"
 
 namespace tool {
@@ -41,29 +38,6 @@ std::span<const double> numbers_of(q_node_t node) {
     const q_table_t table = q_node_get_table(node);
     const double* const numbers = q_table_get_data(table);
     return {numbers, numbers == nullptr ? 0 : q_table_get_size(table)};
-}
-
-// The names of the nodes that have a table; true for those that share one. Nothing where that cannot be told.
-using described_nodes = std::optional<std::unordered_map<std::string, bool>>;
-
-// To be called before tables are asked for, which makes those that are missing.
-described_nodes find_described(q_domain_t domain) {
-    constexpr std::string_view keyword = "potential (";
-    const std::string text = net_text(domain);
-    if (text.empty()) return {};
-    described_nodes found(std::in_place);
-    std::istringstream lines(text);
-    std::vector<std::string> names;  // of the children of the last potential
-    for (std::string line; std::getline(lines, line);) {
-        if (line.starts_with(keyword)) {
-            std::istringstream children(
-                line.substr(keyword.size(), line.find_first_of("|)") - keyword.size()));
-            names.assign(std::istream_iterator<std::string>(children), {});
-        } else if (line.starts_with("\tdata = ")) {
-            for (const std::string& name : names) (*found)[name] |= names.size() > 1;
-        }
-    }
-    return found;
 }
 
 std::string text_of(double number) {
@@ -133,6 +107,14 @@ void find_impossible(q_node_t node, const std::vector<bool>& possible, std::vect
         if (!possible[state]) found.push_back(begin_of(node) + "state " + names[state] + " cannot occur");
 }
 
+// The numbers of shared potentials cannot be read, but what propagation makes of them.
+bool shares_unusable_potentials(q_domain_t domain) {
+    if (q_domain_compile(domain) != q_error_none ||
+        q_domain_propagate(domain, q_equilibrium_sum, q_mode_normal) == q_error_none)
+        return false;
+    return q_error_code() == q_error_invalid_probability_potential || q_error_code() == q_error_chain_graph;
+}
+
 }  // namespace
 
 std::vector<std::string> find_network_faults(q_domain_t domain) {
@@ -157,6 +139,10 @@ std::vector<std::string> find_network_faults(q_domain_t domain) {
         if (described && !is_missing && !described->at(name)) find_sums(node, found);
         find_impossible(node, possible.of(node), found);
     }
+    const bool is_shared =
+        described && std::ranges::any_of(*described, [](const auto& entry) { return entry.second; });
+    if (is_shared && found.empty() && shares_unusable_potentials(domain))
+        found.emplace_back("a potential of several nodes has negative numbers or leaves no state possible");
     return found;
 }
 

@@ -4,6 +4,7 @@
 
 #include "arguments.h"
 #include "evidence.h"
+#include "potential_data.h"
 #include "solve.h"
 #include "tool_failure.h"
 
@@ -62,6 +63,7 @@ std::string run_solve(const solve_options& options) {
         throw usage_failure("unknown start " + options.start + "; there are uniform and file");
     const std::vector<evidence> given = parse_evidence(options.evidence);
     model asked(options.model);
+    warn_of_models_without_data(asked);
     enter_evidence(asked, options.case_file, given);
     std::optional<std::vector<link_names>> removed;
     if (options.minimize) removed = remove_needless_links(asked);

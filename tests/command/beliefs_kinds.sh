@@ -108,6 +108,11 @@ expect 0 $'test_cost (Cost of the test)\n expected -5\n\nprofit (Profit from dri
 expect 1 'node profit: the utility given oil=soaking, drill=yes is infinite' "$work/infinite.net"
 expect 0 $'log P(evidence) 0\nexpected utility 0' "$oil" -e test=yes -n profit --top 2
 
+echo 'net { } node a { states = ("u" "v"); } utility g { } potential (g | a) { model_nodes = (a); model_data = (1, 2); }
+    potential (a) { model_nodes = (); model_data = (Distribution(1, 3)); }' >"$work/idle.net"
+expect 0 "$work/idle.net: warning: node a has a model but no potential data; its states are taken as equally probable
+$work/idle.net: warning: node g has a model but no potential data; its utility is taken as 0" "$work/idle.net"
+
 # --- JSON
 ! command -v python3 >/dev/null || python3 - "$quarn" "$clinic" "$waste" "$oil" "$premium" "$work/parts.net" <<'END_OF_TEST' || fail "line $LINENO"
 import json, math, subprocess, sys

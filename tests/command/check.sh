@@ -36,6 +36,9 @@ expect_fault 'decision d { states = ("u" "v"); } utility u { } potential (u | d)
 
 printf 'node a { states = ("u" "v"); } node b { states = ("u" "v"); } potential (a b) { data = (1 2 3 4); }' >"$work/chain.net"
 expect 0 '' "$work/chain.net"
+sed 's/1 2 3 4/1 2 -3 4/' "$work/chain.net" >"$work/unusable.net"
+expect 1 "$work/unusable.net:1: warning: negative value in probability potential
+$work/unusable.net: a potential of several nodes has negative numbers or leaves no state possible" "$work/unusable.net"
 printf 'node a { states = ("u" "v"); }\n' >"$work/bare.net"
 expect 1 "$work/bare.net: node a: there are no potential data" "$work/bare.net"
 
