@@ -1281,6 +1281,77 @@ Q_API q_status_t q_domain_save_case(q_domain_t domain, const char* path);
 Q_API q_status_t q_domain_parse_case(q_domain_t domain, const char* path, q_parse_error_handler_t handler,
                                      void* data);
 
+/* ------------------------------------------------------------------------------------------------------------------
+ * Random numbers and sampling
+ *
+ * Every domain has a generator of its own, so that what is drawn does not depend on other domains, threads or the number
+ * of threads: the same seed and the same calls give the same numbers. It is the lagged Fibonacci generator with lags 100
+ * and 37, modulo 1 [Knuth 1997, section 3.6], of which 100 of every 1009 numbers are used. Not for cryptography.
+ * --------------------------------------------------------------------------------------------------------------- */
+
+/** Starts the generator anew; the low 30 bits of the seed count. A new domain has the seed 310952. errors: q_error_usage */
+Q_API q_status_t q_domain_seed_random(q_domain_t domain, uint32_t seed);
+
+/** The next number, evenly distributed over [0, 1). errors: q_error_usage, with -1.0 */
+Q_API q_number_t q_domain_get_uniform_random(q_domain_t domain);
+
+/**
+ * The next number of a normal distribution, by the ratio of uniform numbers [Kinderman & Monahan 1977]. With a variance of
+ * 0 it is the mean, and the generator stays where it is.
+ *
+ * errors  q_error_usage, with -1.0: a null domain, or a variance that is not at least 0
+ */
+Q_API q_number_t q_domain_get_normal_random(q_domain_t domain, q_number_t mean, q_number_t variance);
+
+/**
+ * Draws a configuration of all nodes, which the functions below tell.
+ *
+ * A compiled domain draws from the distribution of all nodes given the propagated evidence, clique by clique; open
+ * decisions are drawn from their policies. It must be at sum equilibrium, its entered evidence propagated, in normal mode
+ * where there is any.
+ *
+ * Another domain draws each node given its parents, from the tables of the nodes as they are, decisions from their
+ * policies; a discrete function has the table that the last propagation left it. Rows need not sum to 1. Decisions that
+ * are made (q_node_select_state()) keep their states, no other evidence may be entered: compile and propagate to sample
+ * given evidence.
+ *
+ * The first call after a compilation or a change of the structure makes a plan; the others allocate nothing. After a failed
+ * call, or a change of nodes with a kind, their states or links, no configuration is drawn. Where a call fails the generator
+ * stays where it was.
+ *
+ * errors  q_error_invalid_probability_potential (not compiled): a negative or infinite number, or zeros only, in a row that
+ *         was come to; q_error_no_equilibrium (compiled); q_error_usage: evidence or equilibrium other than said above;
+ *         q_error_chain_graph (not compiled): nodes with undirected links have no possible configuration;
+ *         q_error_inconsistency_or_underflow: what is left of the probabilities has underflowed; q_error_no_memory;
+ *         q_error_size_too_large
+ * cost    not compiled: linear in the number of links and in the rows that are come to. Compiled: in each clique the entries
+ *         that agree with what was drawn before, half of them on average, or less
+ */
+Q_API q_status_t q_domain_simulate(q_domain_t domain);
+
+/** The state drawn for a discrete node. errors: q_error_usage, with -1: another node, or no configuration is drawn */
+Q_API int64_t q_node_get_sampled_state(q_node_t node);
+
+/**
+ * The value drawn for a continuous node, or that of a real-valued function of the configuration drawn: its parents stand for
+ * their states, values and utilities in it (an interval for its middle).
+ *
+ * errors  with -1.0: q_error_usage: another node, or no configuration is drawn; of functions also those of q_node_get_value()
+ *         but q_error_no_equilibrium, and q_error_no_memory
+ */
+Q_API q_number_t q_node_get_sampled_value(q_node_t node);
+
+/** The utility of the configuration drawn. errors: q_error_usage, with -1.0: another node, or no configuration is drawn */
+Q_API q_number_t q_node_get_sampled_utility(q_node_t node);
+
+/**
+ * The natural logarithm of the probability of the states drawn for the discrete nodes: compiled domains, given the propagated
+ * evidence; others, given the decisions made. Values of continuous nodes do not count.
+ *
+ * errors  q_error_usage, with 1.0: no configuration is drawn
+ */
+Q_API q_number_t q_domain_get_sampled_log_probability(q_domain_t domain);
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,15 +1,13 @@
 #include "beliefs_command.h"
 
-#include <algorithm>
-#include <charconv>
 #include <cstdio>
-#include <limits>
 
 #include <CLI/CLI.hpp>
 
 #include "arguments.h"
 #include "beliefs.h"
 #include "evidence.h"
+#include "potential_data.h"
 #include "tool_failure.h"
 
 namespace tool {
@@ -71,24 +69,13 @@ q_mode_t mode_called(const std::string& name) {
 
 // More than fits is as good as the most.
 size_t parse_count(const std::string& text) {
-    size_t count = std::numeric_limits<size_t>::max();
-    const auto [end, problem] = std::from_chars(text.data(), text.data() + text.size(), count);
-    if (problem == std::errc::invalid_argument || end != text.data() + text.size() || count == 0)
-        throw usage_failure("--top needs a whole number from 1");
+    const size_t count = parse_whole_number(text).value_or(0);
+    if (count == 0) throw usage_failure("--top needs a whole number from 1");
     return count;
 }
 
-// Each node once.
-std::vector<q_node_t> shown_nodes(const model& asked, const beliefs_options& options) {
-    if (options.nodes.empty()) return asked.nodes();
-    std::vector<q_node_t> shown;
-    for (const q_node_t node : nodes_called(asked, options.nodes))
-        if (std::ranges::find(shown, node) == shown.end()) shown.push_back(node);
-    return shown;
-}
-
 model_beliefs compute(model& asked, const beliefs_options& options, q_mode_t mode) {
-    const std::vector<q_node_t> shown = shown_nodes(asked, options);
+    const std::vector<q_node_t> shown = shown_nodes(asked, options.nodes);
     if (options.max) return compute_configuration(asked, shown);
     model_beliefs result = compute_beliefs(asked, shown, mode);
     if (options.top) keep_most_moved(asked, result, *options.top);
@@ -116,6 +103,7 @@ std::string run_beliefs(const beliefs_options& options) {
         throw usage_failure("--max goes neither with --top nor with --mode fast-retraction");
     const std::vector<evidence> given = parse_evidence(options.evidence);
     model asked(options.model);
+    warn_of_models_without_data(asked);
     enter_evidence(asked, options.case_file, given);
     const model_beliefs result = compute(asked, options, mode);
     std::string text = options.json ? beliefs_as_json(result) : beliefs_as_text(result);

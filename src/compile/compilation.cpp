@@ -79,6 +79,7 @@ void compile(domain& changed) {
     for (node* function = changed.oldest; function != nullptr; function = function->newer)
         function->value_failure = q_error_no_equilibrium;
     forest.is_compiled = true;
+    changed.sampling.reset();
 }
 
 void set_initial_triangulation(domain& changed, const q_node_t* order) {

@@ -139,6 +139,7 @@ struct q_junction_tree {
     bool has_chain_tables = false;  // of chain components
 
     // Kept by propagation.
+    uint64_t results_count = 0;  // how often results were computed: the tables are others since
     q_equilibrium_t equilibrium = q_equilibrium_none;
     q_mode_t mode = q_mode_normal;
     bool tables_changed = true;        // since the tables were last taken from the nodes

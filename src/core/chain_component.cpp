@@ -125,7 +125,7 @@ table& join_by_potential(domain& changed, std::span<node* const> children, std::
         std::erase_if(changed.components, [&](const std::unique_ptr<chain_component>& part) {
             return part.get() != &target && std::ranges::find(merged, part.get()) != merged.end();
         });
-    changed.uncompile();
+    changed.structure_changed();
     return *target.potentials.back();
 }
 

@@ -11,6 +11,7 @@
 #include "log_file.h"
 #include "name_index.h"
 #include "quarn.h"
+#include "random_generator.h"
 #include "workers.h"
 
 namespace quarn {
@@ -25,6 +26,11 @@ struct compiled_state {
     virtual ~compiled_state() = default;
     // The table of a node has new values: results computed from the old ones must not be extended.
     virtual void table_changed(const node& changed) noexcept = 0;
+};
+
+// What sampling prepares for the structure of a domain, or for what was compiled from it; the modules above derive from it.
+struct sampling_plan {
+    virtual ~sampling_plan() = default;
 };
 
 // The nodes of a domain by category and kind; these decide what may join it.
@@ -72,8 +78,16 @@ struct q_domain {
 
     // A fresh mark for a walk over the graph: no node carries it yet.
     uint64_t new_mark() noexcept { return ++last_mark; }
-    // Drops everything that depends on the structure.
-    void uncompile() noexcept { compiled.reset(); }
+    // Drops what was compiled.
+    void uncompile() noexcept {
+        compiled.reset();
+        sampling.reset();
+    }
+    // To be told of every change of nodes with a kind, utilities, their states and links. Drops all that depends on these.
+    void structure_changed() noexcept {
+        uncompile();
+        configuration_is_drawn = false;
+    }
     // The numbers of the nodes in creation order, 1 .. node_count, brought up to date.
     void number_nodes() noexcept;
 
@@ -99,6 +113,11 @@ struct q_domain {
         nullptr;  // what the domain is a part of: evidence is entered there. Nothing sets it yet
     std::unique_ptr<quarn::compiled_state> compiled;
     quarn::handle_list<q_node> separation_result;  // of the last query of d-separation
+
+    quarn::random_generator random;
+    std::unique_ptr<quarn::sampling_plan> sampling;  // for the domain as it is; null: not made yet
+    bool configuration_is_drawn = false;             // that the nodes hold
+    double drawn_log_probability = 0;                // of the states in it
 };
 
 namespace quarn {

@@ -86,7 +86,7 @@ void prepared_links::commit() noexcept {
         child->domain->counts.add_link(parent->category, child->category);
         if (child->is_function()) continue;
         child->table_changed();
-        child->domain->uncompile();
+        child->domain->structure_changed();
     }
 }
 
@@ -104,7 +104,7 @@ void forget_parent(node& child, node& parent, std::size_t kept_state) noexcept {
     for_each_table_of(child, remove);
     for_each_potential_over(child, parent, remove);
     child.table_changed();
-    child.domain->uncompile();
+    child.domain->structure_changed();
 }
 
 void remove_parent(node& child, node& parent, std::size_t kept_state) {
@@ -145,7 +145,7 @@ void switch_parent(node& child, node& old_parent, node& new_parent) {
     for (node* linked : new_children) linked->table_changed();
     for (std::size_t more = 1; more < new_children.size(); ++more)
         child.domain->counts.add_link(new_parent.category, child.category);
-    child.domain->uncompile();
+    child.domain->structure_changed();
 }
 
 }  // namespace quarn

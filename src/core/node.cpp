@@ -51,7 +51,7 @@ node& create_node(domain& owner, q_category_t category, q_kind_t kind, q_subtype
     require_admissible(owner, category, kind);
     node& created = *new node(owner, category, kind, subtype);
     owner.link(created);
-    if (!created.is_real_function()) owner.uncompile();
+    if (!created.is_real_function()) owner.structure_changed();
     return created;
 }
 
@@ -65,7 +65,7 @@ void set_category(node& changed, q_category_t category) {
     --counts.of_category(changed.category);
     ++counts.of_category(category);
     changed.category = category;
-    changed.domain->uncompile();
+    changed.domain->structure_changed();
 }
 
 void set_node_name(node& named, const char* name) {
@@ -145,7 +145,7 @@ node& clone_node(node& original) {
     for (prepared_append<node>& new_child : new_children) new_child.commit();
     for (const node* parent : original.parents) owner.counts.add_link(parent->category, clone->category);
     owner.link(*clone);
-    if (!clone->is_real_function()) owner.uncompile();
+    if (!clone->is_real_function()) owner.structure_changed();
     return *clone.release();
 }
 
@@ -164,7 +164,7 @@ void delete_node(node& deleted) {
     for (node* child : deleted.children) forget_parent(*child, deleted, 0);
     domain& owner = *deleted.domain;
     owner.names.remove(deleted);
-    if (!deleted.is_real_function()) owner.uncompile();
+    if (!deleted.is_real_function()) owner.structure_changed();
     owner.unlink(deleted);
     delete &deleted;
 }

@@ -76,6 +76,10 @@ struct q_node {
     double value = 0;
     q_error_t value_failure = q_error_no_equilibrium;
 
+    // In the configuration that was drawn last, if the domain still has one.
+    int64_t sampled_state = -1;  // of a discrete node
+    double sampled_value = 0;    // of a continuous one
+
     // Evidence on this node is entered on that one too, and its results are read there. Nothing links nodes yet.
     q_node* linked = nullptr;
 

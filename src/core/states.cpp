@@ -75,7 +75,7 @@ void set_state_count(node& changed, std::size_t count) {
     changed.state_count = count;
     fit_evidence(changed.evidence, count);
     family_tables_changed(changed);
-    changed.domain->uncompile();
+    changed.domain->structure_changed();
 }
 
 const char* state_label(const node& labelled, std::size_t state) noexcept {
@@ -229,7 +229,7 @@ void reorder_states(node& changed, const char* const* labels) {
         changed, [&](model& affected) { permute_states(affected, changed, positions, expression_scratch); });
     if (changed.model) permute_weights(*changed.model, positions, expression_scratch);
     family_tables_changed(changed);
-    changed.domain->uncompile();
+    changed.domain->structure_changed();
 }
 
 }  // namespace quarn

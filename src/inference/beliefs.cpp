@@ -124,6 +124,7 @@ private:
 }  // namespace
 
 void update_results(const tree_context& in, q_equilibrium_t equilibrium, q_mode_t mode) {
+    ++in.tree.results_count;
     result_update(in, equilibrium, mode).run();
 }
 

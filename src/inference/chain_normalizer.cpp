@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <map>
 #include <set>
@@ -35,9 +36,12 @@ public:
         for (node* member : component.members) queue_.insert(place_of(*member));
     }
 
+    // Every member, with the product that it is summed out of: the member varies fastest.
+    using take_product = std::function<void(std::span<node* const>, number_array&&)>;
+
     // Writes the logarithms of what is left, and returns that of what it is to be multiplied by.
-    double run(table& normalizer) {
-        while (!queue_.empty()) eliminate(*queue_.begin()->member);
+    double run(table& normalizer, const take_product& take) {
+        while (!queue_.empty()) eliminate(*queue_.begin()->member, take);
         std::ranges::fill(normalizer.data, 0.0);
         for (const factor& left : factors_)
             if (!left.logarithms.empty()) multiply(normalizer.nodes, normalizer.data, left);
@@ -98,7 +102,7 @@ private:
         quarn::add(make_loop_plan(nodes, by.nodes), product.data(), by.logarithms.data(), workers_);
     }
 
-    void eliminate(node& member) {
+    void eliminate(node& member, const take_product& take) {
         factor message{neighbors_of(member), {}};
         for (node* neighbor : message.nodes)
             if (holders_.contains(neighbor)) queue_.erase(place_of(*neighbor));
@@ -114,6 +118,7 @@ private:
             factors_[holder].logarithms = {};
         }
         message.logarithms = summed_out(make_loop_plan(nodes, message.nodes), product);
+        if (take) take(nodes, std::move(product));
         remove(member, eliminated);
         const std::vector<node*> changed = message.nodes;
         add(std::move(message));
@@ -151,20 +156,38 @@ private:
     double log_scale_ = 0;
 };
 
+// The logarithms of the sums go into a table over the parents, but for what is returned.
+double eliminate_members(const chain_component& component, table& sums,
+                         const member_elimination::take_product& take, const workers& allowed) {
+    for (const auto& potential : component.potentials) validate_potential(*potential);
+    sums.materialise();
+    component.members[0]->domain->number_nodes();
+    const double factor = member_elimination(component, allowed).run(sums, take);
+    require(std::ranges::all_of(sums.data, [](double logarithm) { return logarithm > impossible; }),
+            q_error_chain_graph);
+    return factor;
+}
+
 }  // namespace
 
 void update_normalizer(compiled_component& updated, const workers& allowed) {
-    const chain_component& component = *updated.component;
-    for (const auto& potential : component.potentials) validate_potential(*potential);
-    for (node* member : component.members) validate_distributions(*member);
-    table& normalizer = *updated.log_normalizer;
-    normalizer.materialise();
-    component.members[0]->domain->number_nodes();
-    updated.log_factor = -member_elimination(component, allowed).run(normalizer);
-    for (double& logarithm : normalizer.data) {
-        require(logarithm > impossible, q_error_chain_graph);
-        logarithm = -logarithm;
-    }
+    for (node* member : updated.component->members) validate_distributions(*member);
+    updated.log_factor = -eliminate_members(*updated.component, *updated.log_normalizer, {}, allowed);
+    for (double& logarithm : updated.log_normalizer->data) logarithm = -logarithm;
+}
+
+std::vector<std::unique_ptr<table>> conditional_distributions(const chain_component& component,
+                                                              const workers& allowed) {
+    for (node* member : component.members) validate_potential(own_table(*member));
+    std::vector<std::unique_ptr<table>> distributions;
+    const auto keep = [&](std::span<node* const> nodes, number_array&& numbers) {
+        distributions.push_back(new_table(table_type::ones, nullptr, nodes));
+        distributions.back()->data = std::move(numbers);
+    };
+    const auto unused = new_table(table_type::ones, nullptr, parents_of(component));
+    eliminate_members(component, *unused, keep, allowed);
+    std::ranges::reverse(distributions);
+    return distributions;
 }
 
 }  // namespace quarn

@@ -11,4 +11,10 @@ namespace quarn {
 // configuration of the parents, and with q_error_size_too_large or for lack of memory.
 void update_normalizer(compiled_component& updated, const workers& allowed);
 
+// The same distribution as tables of its members, in an order in which they can be drawn: each one over parents of the
+// component, members before it, and last the member itself. Rows have their largest number near 1. The order depends on the
+// structure only. Leaves the members' tables as they are. Fails as update_normalizer() does.
+std::vector<std::unique_ptr<table>> conditional_distributions(const chain_component& component,
+                                                              const workers& allowed);
+
 }  // namespace quarn

@@ -176,6 +176,7 @@ double compress(domain& compressed) {
         compression prepared(*forest, compressed.workers);
         prepared.prepare();
         prepared.commit();
+        compressed.sampling.reset();
         restore_all(compressed, *forest, {});
     } catch (...) {
         for (const auto& tree : forest->trees) recover({*forest, *tree, {}});

@@ -11,17 +11,6 @@
 namespace quarn {
 namespace {
 
-// The expression for the states that the model nodes are in.
-const expression& chosen_expression(const node& function, const node_values& values) {
-    require(function.model != nullptr, q_error_computation_failed);
-    std::size_t configuration = 0;
-    for (const node* model_node : function.model->nodes)
-        configuration = configuration * model_node->state_count + values.state_of(*model_node);
-    const owned_expression& chosen = function.model->expressions[configuration];
-    require(chosen != nullptr, q_error_computation_failed);
-    return *chosen;
-}
-
 void select_in_table(node& function, std::size_t selected) {
     function.own_table->materialise();
     number_array& weights = function.own_table->data;
@@ -112,6 +101,16 @@ private:
 };
 
 }  // namespace
+
+const expression& chosen_expression(const node& function, const node_values& values) {
+    require(function.model != nullptr, q_error_computation_failed);
+    std::size_t configuration = 0;
+    for (const node* model_node : function.model->nodes)
+        configuration = configuration * model_node->state_count + values.state_of(*model_node);
+    const owned_expression& chosen = function.model->expressions[configuration];
+    require(chosen != nullptr, q_error_computation_failed);
+    return *chosen;
+}
 
 void update_function(node& function) noexcept {
     function.value_failure = q_error_none;

@@ -4,9 +4,14 @@
 #include <functional>
 #include <vector>
 
+#include "evaluation.h"
 #include "junction_forest.h"
 
 namespace quarn {
+
+// The expression of a function for the states that its model nodes are in. Fails with q_error_computation_failed where there
+// is none, and as node_values does.
+const expression& chosen_expression(const node& function, const node_values& values);
 
 // Computes a function: a real-valued one gets its value; of a discrete one with a model the state that is selected gets
 // all weight in its table, which counts as changed where it differs. On failure it keeps the code instead.

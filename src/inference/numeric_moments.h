@@ -18,6 +18,10 @@ struct mean_and_variance {
 // or do not increase as they must, or the only interval has no finite bound.
 mean_and_variance numeric_moments(const node& with_values, std::span<const double> beliefs);
 
+// The value that, as probabilities go, so much of a numbered or interval node lies below; of an interval to infinity its
+// finite bound. Fails as numeric_moments().
+double numeric_quantile(const node& with_values, std::span<const double> beliefs, double level);
+
 // The only state with a positive belief, if there is one.
 std::optional<std::size_t> certain_state(std::span<const double> beliefs) noexcept;
 

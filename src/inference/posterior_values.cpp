@@ -1,7 +1,6 @@
 #include "posterior_values.h"
 
 #include <algorithm>
-#include <limits>
 
 #include "errors.h"
 #include "evidence.h"
@@ -10,8 +9,6 @@
 
 namespace quarn {
 namespace {
-
-constexpr double rounding = 1e-12;  // of a sum of probabilities
 
 double value_of_function(const node& function) {
     require(function.value_failure == q_error_none, function.value_failure);
@@ -40,28 +37,9 @@ mean_and_variance moments_of(const node& with_values) {
     }
 }
 
-double level_in_interval(const node& spread, std::size_t state, double level) noexcept {
-    const double lower = spread.state_values[state], upper = spread.state_values[state + 1];
-    if (lower <= -std::numeric_limits<double>::max()) return upper;
-    if (upper >= std::numeric_limits<double>::max()) return lower;
-    return lower + level * (upper - lower);
-}
-
 double quantile_of_states(const node& with_values, double level) {
-    (void)moments_of(with_values);  // they are posteriors over valid values
-    const std::span<const double> beliefs = beliefs_of(with_values);
-    double below = 0;
-    std::size_t found = 0;
-    double within = 1;  // how much of the belief in that state lies below the level
-    for (std::size_t state = 0; state < beliefs.size(); ++state) {
-        if (!(beliefs[state] > 0)) continue;
-        found = state;  // the last possible state, where rounding leaves the sum below the level
-        within = std::clamp((level - below) / beliefs[state], 0.0, 1.0);
-        below += beliefs[state];
-        if (below >= level - rounding) break;
-    }
-    return with_values.subtype == q_subtype_interval ? level_in_interval(with_values, found, within)
-                                                     : with_values.state_values[found];
+    (void)moments_of(with_values);  // they are posteriors
+    return numeric_quantile(with_values, beliefs_of(with_values), level);
 }
 
 // One node is in a given state, everything else as it is.

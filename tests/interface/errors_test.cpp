@@ -37,10 +37,13 @@ TEST(errors, each_thread_has_the_code_of_its_last_call) {
 }
 
 // What a function returns when it fails: by the type of its result, but for these.
-const std::map<std::string, int> other_failures{
-    {"q_node_get_category", -1},      {"q_node_get_kind", -2},
-    {"q_node_get_subtype", -1},       {"q_expression_get_operator", q_operator_none},
-    {"q_expression_get_boolean", -1}, {"q_domain_get_log_normalization_constant", 1}};
+const std::map<std::string, int> other_failures{{"q_node_get_category", -1},
+                                                {"q_node_get_kind", -2},
+                                                {"q_node_get_subtype", -1},
+                                                {"q_expression_get_operator", q_operator_none},
+                                                {"q_expression_get_boolean", -1},
+                                                {"q_domain_get_log_normalization_constant", 1},
+                                                {"q_domain_get_sampled_log_probability", 1}};
 
 template <class Result>
 Result failure_of(const std::string& function) {
@@ -145,7 +148,9 @@ void expect_nulls_refused(const std::string& name, Result (*function)(Parameters
     q_domain_parse_expression, q_domain_save_case, q_domain_parse_case, q_node_new_model, q_node_get_model, q_model_delete, q_model_get_nodes, \
     q_model_get_size, q_model_set_expression, q_model_get_expression, q_model_set_samples_per_interval, \
     q_model_get_samples_per_interval, q_net_parse_domain, q_net_parse_domain_plain, \
-    q_domain_save_as_net, q_domain_to_net
+    q_domain_save_as_net, q_domain_to_net, q_domain_seed_random, q_domain_get_uniform_random, \
+    q_domain_get_normal_random, q_domain_simulate, q_node_get_sampled_state, q_node_get_sampled_value, \
+    q_node_get_sampled_utility, q_domain_get_sampled_log_probability
 // clang-format on
 #define TEXT_OF(...) #__VA_ARGS__
 #define NAMES_OF(list) TEXT_OF(list)

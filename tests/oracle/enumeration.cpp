@@ -140,6 +140,18 @@ answers enumerate(const network& asked, bool maximise) {
     return result;
 }
 
+mixture posterior(const network& asked) {
+    mixture parts = conditioned(asked).first;
+    const double log_probability = enumerate(asked).log_probability;
+    for (gaussian& part : parts) {
+        part.log_weight -= log_probability;
+        for (std::size_t node = 0; node < asked.size(); ++node)
+            part.log_weight +=
+                std::log(entry(asked, part.states, node) * weight(asked[node], part.states[node]));
+    }
+    return parts;
+}
+
 void randomize_table(std::mt19937& random, network& changed, std::size_t node, bool with_zeros) {
     variable& v = changed[node];
     std::uniform_real_distribution<double> uniform(0.01, 1);

@@ -50,6 +50,10 @@ struct answers {
 
 answers enumerate(const network& asked, bool maximise = false);
 
+// The posterior distribution: every configuration of the variables, the last one varying fastest, with the logarithm of its
+// probability and the distribution of the continuous variables in it.
+mixture posterior(const network& asked);
+
 // With zeros, a row may have just one number that is none.
 void randomize_table(std::mt19937& random, network& changed, std::size_t node, bool with_zeros);
 
