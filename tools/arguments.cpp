@@ -1,5 +1,9 @@
 #include "arguments.h"
 
+#include <algorithm>
+#include <charconv>
+#include <limits>
+
 #include <CLI/CLI.hpp>
 
 namespace tool {
@@ -40,6 +44,21 @@ std::vector<q_node_t> nodes_called(const model& asked, const std::vector<std::st
     std::vector<q_node_t> nodes;
     for (const std::string& name : names) nodes.push_back(asked.node_called(name));
     return nodes;
+}
+
+std::vector<q_node_t> shown_nodes(const model& asked, const std::vector<std::string>& names) {
+    if (names.empty()) return asked.nodes();
+    std::vector<q_node_t> shown;
+    for (const q_node_t node : nodes_called(asked, names))
+        if (std::ranges::find(shown, node) == shown.end()) shown.push_back(node);
+    return shown;
+}
+
+std::optional<size_t> parse_whole_number(std::string_view text) {
+    size_t number = std::numeric_limits<size_t>::max();
+    const auto [end, problem] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (problem == std::errc::invalid_argument || end != text.data() + text.size()) return {};
+    return number;
 }
 
 }  // namespace tool

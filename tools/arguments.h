@@ -1,8 +1,10 @@
 // What the command lines of several commands have in common.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <CLI/App.hpp>
@@ -24,5 +26,11 @@ CLI::Option* add_node_list(CLI::App& command, const char* option, std::vector<st
 
 // Fails when a node does not exist.
 std::vector<q_node_t> nodes_called(const model& asked, const std::vector<std::string>& names);
+
+// The same, each node once; all nodes of the model where no names are given.
+std::vector<q_node_t> shown_nodes(const model& asked, const std::vector<std::string>& names);
+
+// The number that nothing but decimal digits say, the largest where they say more; nothing for another text.
+std::optional<size_t> parse_whole_number(std::string_view text);
 
 }  // namespace tool

@@ -16,6 +16,7 @@
 #include "compile_command.h"
 #include "convert_command.h"
 #include "dsep_command.h"
+#include "sample_command.h"
 #include "solve_command.h"
 #include "terminal.h"
 #include "tool_failure.h"
@@ -84,6 +85,8 @@ exit_status run(int argument_count, char** arguments) {
     tool::add_dsep_command(commands, dsep);
     tool::solve_options solve;
     tool::add_solve_command(commands, solve);
+    tool::sample_options sample;
+    tool::add_sample_command(commands, sample);
     tool::check_options check;
     tool::add_check_command(commands, check);
     tool::convert_options convert;
@@ -103,6 +106,10 @@ exit_status run(int argument_count, char** arguments) {
     if (commands.got_subcommand("convert")) return print(tool::run_convert(convert));
     if (commands.got_subcommand("case")) return print(tool::run_case(of_case));
     if (commands.got_subcommand("solve")) return print(tool::run_solve(solve));
+    if (commands.got_subcommand("sample")) {
+        tool::run_sample(sample);
+        return exit_done;
+    }
     if (commands.got_subcommand("compile")) return print(tool::run_compile(compile));
     return print(commands.got_subcommand("dsep") ? tool::run_dsep(dsep) : tool::run_beliefs(beliefs));
 }
