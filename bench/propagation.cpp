@@ -7,6 +7,8 @@
 #include <benchmark/benchmark.h>
 #include <quarn.h>
 
+#include "random_table.h"
+
 namespace {
 
 // Binary nodes with rows drawn at random.
@@ -20,10 +22,7 @@ q_domain_t sparse_network(std::size_t count) {
         const std::size_t nearest = std::min<std::size_t>(i, 10);
         for (std::size_t parents = std::min<std::size_t>(nearest, 2); parents > 0;)
             if (q_node_add_parent(node, nodes[i - 1 - random() % nearest]) == q_error_none) --parents;
-        q_table_t table = q_node_get_table(node);
-        q_number_t* data = q_table_get_data(table);
-        for (std::size_t entry = 0; entry < q_table_get_size(table); ++entry)
-            data[entry] = static_cast<double>(1 + random() % 9);
+        fill_table(node, random);
         nodes.push_back(node);
     }
     return domain;

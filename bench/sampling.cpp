@@ -6,6 +6,8 @@
 #include <benchmark/benchmark.h>
 #include <quarn.h>
 
+#include "random_table.h"
+
 namespace {
 
 // 37 nodes of two to four states with up to three parents each, from the eight before.
@@ -19,10 +21,7 @@ q_domain_t diagnostic_network() {
         const std::size_t nearest = std::min<std::size_t>(i, 8);
         for (std::size_t parents = random() % 4; parents > 0 && nearest > 0; --parents)
             q_node_add_parent(node, nodes[i - 1 - random() % nearest]);
-        q_table_t table = q_node_get_table(node);
-        q_number_t* data = q_table_get_data(table);
-        for (std::size_t entry = 0; entry < q_table_get_size(table); ++entry)
-            data[entry] = static_cast<double>(1 + random() % 9);
+        fill_table(node, random);
         nodes.push_back(node);
     }
     return domain;
