@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <functional>
+#include <map>
+#include <memory>
 #include <new>
 #include <sstream>
 #include <string>
@@ -71,28 +74,61 @@ exit_status print_findings(const std::string& found) {
     return found.empty() ? printed : exit_failed;
 }
 
+exit_status sample(const tool::sample_options& options) {
+    tool::run_sample(options);
+    return exit_done;
+}
+
+// The commands of the tool, each with its options and what it does.
+class tool_commands {
+public:
+    explicit tool_commands(CLI::App& commands) : commands_(commands) {}
+
+    template <class Options>
+    void add(void (*add_command)(CLI::App&, Options&), exit_status (*run)(const Options&)) {
+        add_with(add_command, [run](const Options& options) { return run(options); });
+    }
+    // One that makes a text.
+    template <class Options>
+    void add(void (*add_command)(CLI::App&, Options&), std::string (*run)(const Options&),
+             exit_status (*finish)(const std::string&) = print) {
+        add_with(add_command, [=](const Options& options) { return finish(run(options)); });
+    }
+
+    exit_status run_parsed() const {
+        const std::vector<CLI::App*> parsed = commands_.get_subcommands();
+        if (parsed.empty()) throw tool::usage_failure("no command is given");
+        return runs_.at(parsed.front()->get_name())();
+    }
+
+private:
+    template <class Options, class Run>
+    void add_with(void (*add_command)(CLI::App&, Options&), const Run& run) {
+        auto options = std::make_shared<Options>();
+        add_command(commands_, *options);
+        const auto any = [](const CLI::App*) { return true; };
+        runs_[commands_.get_subcommands(any).back()->get_name()] = [=] { return run(*options); };
+    }
+
+    CLI::App& commands_;
+    std::map<std::string, std::function<exit_status()>> runs_;
+};
+
 exit_status run(int argument_count, char** arguments) {
     CLI::App commands("Exact reasoning with probabilistic graphical models", "quarn");
     commands.get_formatter()->label("SUBCOMMAND", "COMMAND");
     commands.require_subcommand(0, 1);
     commands.footer("Run quarn COMMAND --help for what a command takes.");
     commands.set_version_flag("--version", "quarn " QUARN_VERSION);
-    tool::beliefs_options beliefs;
-    tool::add_beliefs_command(commands, beliefs);
-    tool::compile_options compile;
-    tool::add_compile_command(commands, compile);
-    tool::dsep_options dsep;
-    tool::add_dsep_command(commands, dsep);
-    tool::solve_options solve;
-    tool::add_solve_command(commands, solve);
-    tool::sample_options sample;
-    tool::add_sample_command(commands, sample);
-    tool::check_options check;
-    tool::add_check_command(commands, check);
-    tool::convert_options convert;
-    tool::add_convert_command(commands, convert);
-    tool::case_options of_case;
-    tool::add_case_command(commands, of_case);
+    tool_commands known(commands);
+    known.add(tool::add_beliefs_command, tool::run_beliefs);
+    known.add(tool::add_compile_command, tool::run_compile);
+    known.add(tool::add_dsep_command, tool::run_dsep);
+    known.add(tool::add_solve_command, tool::run_solve);
+    known.add(tool::add_sample_command, sample);
+    known.add(tool::add_check_command, tool::run_check, print_findings);
+    known.add(tool::add_convert_command, tool::run_convert);
+    known.add(tool::add_case_command, tool::run_case);
     std::vector<std::string> words = read_words(argument_count, arguments);
     require_known_command(commands, words);
     std::ranges::reverse(words);  // as the parser wants them
@@ -101,17 +137,7 @@ exit_status run(int argument_count, char** arguments) {
     } catch (const CLI::ParseError& stopped) {
         return finish_parsing(commands, stopped);
     }
-    if (commands.get_subcommands().empty()) throw tool::usage_failure("no command is given");
-    if (commands.got_subcommand("check")) return print_findings(tool::run_check(check));
-    if (commands.got_subcommand("convert")) return print(tool::run_convert(convert));
-    if (commands.got_subcommand("case")) return print(tool::run_case(of_case));
-    if (commands.got_subcommand("solve")) return print(tool::run_solve(solve));
-    if (commands.got_subcommand("sample")) {
-        tool::run_sample(sample);
-        return exit_done;
-    }
-    if (commands.got_subcommand("compile")) return print(tool::run_compile(compile));
-    return print(commands.got_subcommand("dsep") ? tool::run_dsep(dsep) : tool::run_beliefs(beliefs));
+    return known.run_parsed();
 }
 
 }  // namespace
