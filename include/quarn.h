@@ -1315,17 +1315,22 @@ Q_API q_number_t q_domain_get_normal_random(q_domain_t domain, q_number_t mean, 
  * are made (q_node_select_state()) keep their states, no other evidence may be entered: compile and propagate to sample
  * given evidence.
  *
- * The first call after a compilation or a change of the structure makes a plan; the others allocate nothing. After a failed
- * call, or a change of nodes with a kind, their states or links, no configuration is drawn. Where a call fails the generator
- * stays where it was.
+ * Utilities and real-valued functions are worked out for the configuration; there a parent stands for its state (an interval
+ * for its middle), its value or utility. What keeps a function from having a value is told when that is asked for.
  *
- * errors  q_error_invalid_probability_potential (not compiled): a negative or infinite number, or zeros only, in a row that
- *         was come to; q_error_no_equilibrium (compiled); q_error_usage: evidence or equilibrium other than said above;
- *         q_error_chain_graph (not compiled): nodes with undirected links have no possible configuration;
- *         q_error_inconsistency_or_underflow: what is left of the probabilities has underflowed; q_error_no_memory;
- *         q_error_size_too_large
- * cost    not compiled: linear in the number of links and in the rows that are come to. Compiled: in each clique the entries
- *         that agree with what was drawn before, half of them on average, or less
+ * The first call after a compilation or a change of the structure makes a plan; the others allocate nothing but for
+ * functions. After a failed call, or a change of nodes, states or links, no configuration is drawn, unless it concerns
+ * real-valued functions only. Where a call fails the generator stays where it was.
+ *
+ * errors  not compiled: q_error_invalid_probability_potential: a negative or infinite number, or zeros only, in a row that
+ *         was come to, or a negative or infinite number in any table of nodes with undirected links; q_error_chain_graph:
+ *         these have no possible configuration, for some configuration of their parents. Compiled: q_error_no_equilibrium;
+ *         q_error_inconsistency_or_underflow: what is left of the probabilities has underflowed; q_error_table_too_large:
+ *         a compressed table with 2^32 entries or more. Both: q_error_usage: evidence or equilibrium other than said above;
+ *         q_error_computation_failed: a value that is not finite; q_error_no_memory; q_error_size_too_large
+ * cost    not compiled: linear in the number of links, in the rows that are come to and in the own tables of nodes with
+ *         undirected links. Compiled: in each clique the entries that agree with what was drawn before, half of them at
+ *         most; of a root the square root of its size, after all of it in the first draw after a propagation
  */
 Q_API q_status_t q_domain_simulate(q_domain_t domain);
 
@@ -1333,11 +1338,10 @@ Q_API q_status_t q_domain_simulate(q_domain_t domain);
 Q_API int64_t q_node_get_sampled_state(q_node_t node);
 
 /**
- * The value drawn for a continuous node, or that of a real-valued function of the configuration drawn: its parents stand for
- * their states, values and utilities in it (an interval for its middle).
+ * The value of a continuous node or a real-valued function in the configuration drawn.
  *
- * errors  with -1.0: q_error_usage: another node, or no configuration is drawn; of functions also those of q_node_get_value()
- *         but q_error_no_equilibrium, and q_error_no_memory
+ * errors  with -1.0: q_error_usage: another node, no configuration is drawn, or a function that was created since; of
+ *         functions also those of q_node_get_value() but q_error_no_equilibrium
  */
 Q_API q_number_t q_node_get_sampled_value(q_node_t node);
 

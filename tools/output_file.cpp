@@ -14,7 +14,7 @@
 namespace tool {
 namespace {
 
-constexpr int interruptions[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr int interruptions[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU, SIGXFSZ};
 
 // For the handler, which can neither be given the name nor read a string.
 char unfinished[PATH_MAX];
@@ -36,6 +36,14 @@ void forget_unfinished() {
         if (std::signal(signal, SIG_DFL) == SIG_IGN) std::signal(signal, SIG_IGN);
 }
 
+// Where symbolic links lead to, even if nothing is there yet.
+std::filesystem::path end_of_links(std::filesystem::path path) {
+    std::error_code none;
+    for (int most = 40; most > 0 && std::filesystem::is_symlink(path, none); --most)
+        path = path.parent_path() / std::filesystem::read_symlink(path, none);
+    return path;
+}
+
 }  // namespace
 
 output_file::output_file(const std::string& name) : name_(name == "-" ? "standard output" : name) {
@@ -46,8 +54,8 @@ output_file::output_file(const std::string& name) : name_(name == "-" ? "standar
     } else if (std::filesystem::exists(old) && !std::filesystem::is_regular_file(old)) {
         descriptor_ = ::open(name.c_str(), O_WRONLY | O_CLOEXEC);
     } else if (!std::filesystem::exists(old) || ::access(name.c_str(), W_OK) == 0) {
-        target_ = std::filesystem::weakly_canonical(name, none);  // where links lead to
-        if (!target_.empty()) open_beside();
+        target_ = end_of_links(name);
+        open_beside();
         if (descriptor_ >= 0 && std::filesystem::exists(old))
             ::fchmod(descriptor_, static_cast<mode_t>(old.permissions()));
     }

@@ -1,9 +1,8 @@
-// What draws configurations, once prepared.
+// What draws configurations of the nodes with a kind, once prepared.
 #pragma once
 
 #include <vector>
 
-#include "domain.h"
 #include "node.h"
 #include "random_generator.h"
 
@@ -16,8 +15,10 @@ struct drawn_node {
     double value = 0;
 };
 
-class sampler : public sampling_plan {
+class sampler {
 public:
+    virtual ~sampler() = default;
+
     // Draws a configuration into drawn(), and returns the logarithm of the probability of its states.
     virtual double draw(random_generator& generator) = 0;
 

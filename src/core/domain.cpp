@@ -27,6 +27,7 @@ void q_domain::link(q_node& added) noexcept {
     if (added.is_discrete()) ++counts.discrete;
     if (added.is_continuous()) ++counts.continuous;
     if (added.has_kind()) settings.forget_orders();
+    sampling.reset();
 }
 
 void q_domain::unlink(q_node& removed) noexcept {
@@ -39,6 +40,7 @@ void q_domain::unlink(q_node& removed) noexcept {
     if (removed.is_continuous()) --counts.continuous;
     settings.excluded.remove(&removed);
     if (removed.has_kind()) settings.forget_orders();
+    sampling.reset();
 }
 
 void q_domain::number_nodes() noexcept {

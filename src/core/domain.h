@@ -28,7 +28,8 @@ struct compiled_state {
     virtual void table_changed(const node& changed) noexcept = 0;
 };
 
-// What sampling prepares for the structure of a domain, or for what was compiled from it; the modules above derive from it.
+// What sampling prepares for all nodes and links of a domain, or for what was compiled from it; the modules above derive
+// from it.
 struct sampling_plan {
     virtual ~sampling_plan() = default;
 };
@@ -83,7 +84,8 @@ struct q_domain {
         compiled.reset();
         sampling.reset();
     }
-    // To be told of every change of nodes with a kind, utilities, their states and links. Drops all that depends on these.
+    // To be told of every change of nodes, states and links, but for those that concern real-valued functions only: these
+    // are in no table. Drops all that depends on the structure.
     void structure_changed() noexcept {
         uncompile();
         configuration_is_drawn = false;

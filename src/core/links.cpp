@@ -84,6 +84,7 @@ void prepared_links::commit() noexcept {
     for (prepared_append<node>& appended : appended_) appended.commit();
     for (const auto& [parent, child] : links_) {
         child->domain->counts.add_link(parent->category, child->category);
+        child->domain->sampling.reset();
         if (child->is_function()) continue;
         child->table_changed();
         child->domain->structure_changed();
@@ -99,6 +100,7 @@ void add_parent(node& child, node& parent) {
 void forget_parent(node& child, node& parent, std::size_t kept_state) noexcept {
     child.parents.remove(&parent);
     child.domain->counts.remove_link(parent.category, child.category);
+    child.domain->sampling.reset();
     if (child.is_function() || !parent.has_kind()) return;  // no table has the parent
     const auto remove = [&](table& affected) { remove_node(affected, parent, kept_state); };
     for_each_table_of(child, remove);

@@ -77,8 +77,9 @@ struct q_node {
     q_error_t value_failure = q_error_no_equilibrium;
 
     // In the configuration that was drawn last, if the domain still has one.
-    int64_t sampled_state = -1;  // of a discrete node
-    double sampled_value = 0;    // of a continuous one
+    int64_t sampled_state = -1;                 // of a discrete node
+    double sampled_value = 0;                   // of any other one
+    q_error_t sampled_failure = q_error_usage;  // why a real-valued function has no value in it
 
     // Evidence on this node is entered on that one too, and its results are read there. Nothing links nodes yet.
     q_node* linked = nullptr;

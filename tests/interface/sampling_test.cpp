@@ -47,6 +47,49 @@ TEST(random_numbers, have_a_normal_distribution) {
         EXPECT_NEAR(moments[power], expected[power], 4 * std::sqrt(variances[power] / count)) << power;
 }
 
+// What the documented steps make of the numbers of another domain with the same seed.
+struct replay {
+    owned_domain numbers{q_domain_new()};
+
+    double uniform() const { return q_domain_get_uniform_random(numbers.get()); }
+    double normal() const {
+        for (;;) {
+            const double u = uniform(), x = (uniform() - 0.5) * 1.7155277699214135 / u;
+            if (x * x <= -4 * std::log(u)) return x;
+        }
+    }
+    std::int64_t state(const std::vector<double>& weights) const {
+        const double threshold = std::accumulate(weights.begin(), weights.end(), 0.0) * 0.5 * uniform();
+        const bool is_forward = uniform() < 0.5;
+        double sum = 0;
+        for (std::size_t i = 0;; ++i) {
+            const std::size_t state = is_forward ? i : weights.size() - 1 - i;
+            if ((sum += weights.at(state)) > threshold) return std::int64_t(state);
+        }
+    }
+};
+
+TEST(random_numbers, are_used_up_in_the_documented_order) {
+    owned_domain owned = network("cd cd cd cc", "10");
+    const std::vector<double> of_b{1, 2, 3, 4}, rows[]{{0, 2, 1}, {4, 1, 3}, {0, 0, 2}, {1, 1, 1}};
+    q_node_t const a = node_at(owned.get(), 0), b = node_at(owned.get(), 1);
+    q_node_set_number_of_states(a, 3);
+    q_node_set_number_of_states(b, 4);
+    set_data(q_node_get_table(b), of_b);
+    std::vector<double> of_a;
+    for (const auto& row : rows) of_a.insert(of_a.end(), row.begin(), row.end());
+    set_data(q_node_get_table(a), of_a);
+    const replay expected;
+    for (int draw = 0; draw < 1000; ++draw) {
+        ASSERT_EQ(q_domain_simulate(owned.get()), q_error_none);
+        const std::int64_t state = expected.state(of_b);  // the parent of a is first
+        EXPECT_EQ(q_node_get_sampled_state(b), state);
+        EXPECT_EQ(q_node_get_sampled_state(a), expected.state(rows[state]));
+        EXPECT_EQ(expected.state({1}), 0);
+        EXPECT_EQ(q_node_get_sampled_value(node_at(owned.get(), 3)), expected.normal());
+    }
+}
+
 // Adds up squared deviations from what is expected, in units of what is expected of them.
 struct chi_square {
     double sum = 0, freedom = 0;
@@ -283,6 +326,25 @@ TEST(drawing, of_chain_components) {
     // By hand: the products for b, c, d sum to 49.4 where a is 0.
     const double product = 0.3 * (5 * 3 * 0.4) * 0.8;
     EXPECT_NEAR(logarithms.at({0, 1, 1, 0, 1}), std::log(product / 49.4), 1e-12);
+
+    q_domain_uncompile(owned.get());
+    ASSERT_EQ(q_domain_simulate(owned.get()), q_error_none);
+    q_node_t const member = q_domain_get_node_by_name(owned.get(), "d");
+    const int64_t excluded = q_node_get_sampled_state(member);
+    q_table_get_data(q_node_get_table(member))[excluded] = 0;
+    ASSERT_EQ(q_domain_simulate(owned.get()), q_error_none);
+    EXPECT_EQ(q_node_get_sampled_state(member), 1 - excluded);
+}
+
+TEST(drawing, knows_the_logarithm_of_any_product) {
+    owned_domain owned(q_domain_new());
+    for (int i = 0; i < 3000; ++i) q_node_set_number_of_states(new_node(owned.get(), "cd"), 3);
+    for (const bool compiled : {false, true}) {
+        if (compiled) q_domain_compile(owned.get());
+        if (compiled) q_domain_propagate(owned.get(), q_equilibrium_sum, q_mode_normal);
+        ASSERT_EQ(q_domain_simulate(owned.get()), q_error_none);
+        EXPECT_NEAR(q_domain_get_sampled_log_probability(owned.get()), -3000 * std::log(3), 1e-9);
+    }
 }
 
 constexpr const char* functions = R"(net {}
@@ -294,7 +356,8 @@ constexpr const char* functions = R"(net {}
     potential (f | n g) { model_nodes = (n); model_data = (n + g, n * g); }
     potential (twice | f) { model_nodes = (); model_data = (2 * f); }
     potential (at | i n) { model_nodes = (); model_data = (quantile(i, 0.25) + variance(i) + 100 * probability(n == 5)); }
-    potential (bad | n) { model_nodes = (); model_data = (1 / (n - 5)); })";
+    potential (bad | n) { model_nodes = (); model_data = (1 / (n - 5)); }
+    function asks {} potential (asks | n bad) { model_nodes = (); model_data = (if (n == 5, 7, bad)); })";
 constexpr const char* function_of_value = R"(net {} continuous node x {} function f {} function twice {}
     potential (x) { data = (normal(3, 1)); } potential (f | x) { model_nodes = (); model_data = (x + variance(x)); }
     potential (twice | f) { model_nodes = (); model_data = (2 * f); })";
@@ -322,6 +385,8 @@ TEST(drawing, gives_functions_their_values) {
         EXPECT_EQ(value(owned, "twice"), first ? -2 : 70);
         EXPECT_DOUBLE_EQ(value(owned, "at"), (first ? 1 : 105) + 16.0 / 12);
         EXPECT_EQ(outcome(value(owned, "none")), q_error_computation_failed);
+        EXPECT_DOUBLE_EQ(value(owned, "asks"), first ? -1.0 / 3 : 7)
+            << "only what is needed need have a value";
         if (first)
             EXPECT_DOUBLE_EQ(value(owned, "bad"), -1.0 / 3);
         else
@@ -346,9 +411,13 @@ TEST(drawing, is_refused) {
     EXPECT_GE(q_node_get_sampled_state(a), 0);
     EXPECT_EQ(simulated(owned), q_error_no_equilibrium);
     EXPECT_EQ(outcome(q_node_get_sampled_state(a)), q_error_usage);
-    q_domain_propagate(domain, q_equilibrium_sum, q_mode_normal);
-    EXPECT_EQ(simulated(owned), q_error_none);
-    q_node_select_state(a, 0);
+    for (const int64_t state : {1, 0}) {
+        q_node_select_state(a, std::size_t(state));
+        q_domain_propagate(domain, q_equilibrium_sum, q_mode_normal);
+        EXPECT_EQ(simulated(owned), q_error_none);
+        EXPECT_EQ(q_node_get_sampled_state(a), state);
+    }
+    q_node_select_state(a, 1);
     EXPECT_EQ(simulated(owned), q_error_usage) << "not propagated";
     q_domain_uncompile(domain);
     EXPECT_EQ(simulated(owned), q_error_usage) << "evidence";
@@ -362,35 +431,45 @@ TEST(drawing, is_refused) {
     EXPECT_EQ(q_domain_get_sampled_log_probability(domain), 1);
     EXPECT_EQ(q_error_code(), q_error_usage);
 
+    set_data(q_node_get_table(a), {0.0, 1e-300});
     for (double wrong : {-1.0, double(NAN), double(INFINITY), 0.0}) {
-        set_data(q_node_get_table(a), {0.0, wrong});
+        set_data(q_node_get_table(b), std::vector<double>(6, wrong));
         q_domain_seed_random(domain, 5);
         EXPECT_EQ(simulated(owned), q_error_invalid_probability_potential) << wrong;
         const double next = uniform_after(domain, 0);
         q_domain_seed_random(domain, 5);
         EXPECT_EQ(uniform_after(domain, 0), next);
     }
-    set_data(q_node_get_table(a), {0.0, 1e-300});
-    EXPECT_EQ(simulated(owned), q_error_none);
 
-    owned_domain continuous = network("cc");
+    owned_domain continuous = network("cc cc", "01");
+    q_node_t const first = node_at(continuous.get(), 0), second = node_at(continuous.get(), 1);
+    EXPECT_EQ(simulated(continuous), q_error_none);
+    q_node_enter_value(first, 1);
+    EXPECT_EQ(simulated(continuous), q_error_usage) << "evidence";
+    EXPECT_EQ(outcome(q_node_get_sampled_state(first)), q_error_usage);
+    q_node_retract_findings(first);
     for (const auto set : {q_node_set_cg_variance, q_node_set_cg_intercept}) {
-        set(node_at(continuous.get(), 0), 0, INFINITY);
+        set(first, 0, INFINITY);
         EXPECT_EQ(simulated(continuous), q_error_invalid_probability_potential);
-        set(node_at(continuous.get(), 0), 0, 1);
-        EXPECT_EQ(simulated(continuous), q_error_none);
+        set(first, 0, 1e300);
     }
-    EXPECT_EQ(outcome(q_node_get_sampled_state(node_at(continuous.get(), 0))), q_error_usage);
+    q_node_set_cg_coefficient(second, first, 0, INFINITY);
+    EXPECT_EQ(simulated(continuous), q_error_invalid_probability_potential);
+    q_node_set_cg_coefficient(second, first, 0, 1e300);
+    EXPECT_EQ(simulated(continuous), q_error_computation_failed) << "too large a value";
 }
 
 TEST(drawing, is_refused_in_other_modes) {
     owned_domain owned = network("cd cd", "01");
-    q_node_select_state(node_at(owned.get(), 1), 0);
+    q_node_set_number_of_states(node_at(owned.get(), 1), 2);
     q_domain_compile(owned.get());
     q_domain_propagate(owned.get(), q_equilibrium_max, q_mode_normal);
     EXPECT_EQ(simulated(owned), q_error_usage);
     q_domain_propagate(owned.get(), q_equilibrium_sum, q_mode_fast_retraction);
-    EXPECT_EQ(simulated(owned), q_error_none) << "nothing is observed of a node with one state";
+    EXPECT_EQ(simulated(owned), q_error_none) << "nothing is observed";
+    q_node_enter_finding(node_at(owned.get(), 1), 0, 0.5);
+    q_domain_propagate(owned.get(), q_equilibrium_sum, q_mode_fast_retraction);
+    EXPECT_EQ(simulated(owned), q_error_usage);
 }
 
 TEST(drawing, survives_lack_of_memory) {
