@@ -23,6 +23,6 @@ endif()
 
 if(QUARN_COVERAGE)
   set(QUARN_INSTRUMENTED ON)
-  add_compile_options(--coverage)
+  add_compile_options(--coverage -fprofile-update=atomic)  # counted right in several threads
   add_link_options(--coverage)
 endif()

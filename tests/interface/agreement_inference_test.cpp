@@ -1,4 +1,6 @@
 // Random networks of every kind, always against enumeration of the joint distribution.
+#include <future>
+
 #include "allocation_faults.h"
 #include "model.h"
 
@@ -6,12 +8,44 @@ namespace {
 
 class agreement : public testing::TestWithParam<kind> {};
 
+void use_threads(const model& tested, std::size_t level, std::size_t grain) {
+    q_domain_t domain = tested.domain;
+    EXPECT_TRUE(q_domain_get_concurrency_level(domain) == 1 && q_domain_get_grain_size(domain) == 10000);
+    q_domain_set_concurrency_level(domain, level);
+    q_domain_set_grain_size(domain, grain);
+    EXPECT_TRUE(q_domain_get_concurrency_level(domain) == level && q_domain_get_grain_size(domain) == grain);
+}
+
+void expect_predicates_of_trees(const model& tested) {
+    bool any_changed = false;
+    for (q_junction_tree_t tree : tested.trees()) {
+        const auto any = [&](q_boolean_t (*holds)(q_node_t), bool is_continuous = false) {
+            for (std::size_t i = 0; i < tested.nodes.size(); ++i)
+                if (!tested.is_utility(i) && tested.tree_of(i) == tree && holds(tested.nodes[i]) == 1 &&
+                    (!is_continuous || !tested.is_discrete(i)))
+                    return 1u;
+            return 0u;
+        };
+        const auto expect_agreement = [&](q_boolean_t of_tree, q_boolean_t of_nodes) {
+            EXPECT_TRUE(of_tree == of_nodes || (of_tree == 1 && tested.of.excludes));  // of excluded nodes
+        };
+        const q_boolean_t changed = q_junction_tree_evidence_to_propagate(tree);
+        any_changed = any_changed || changed == 1;
+        expect_agreement(changed, any(q_node_evidence_to_propagate));
+        expect_agreement(q_junction_tree_evidence_is_propagated(tree), any(q_node_evidence_is_propagated));
+        EXPECT_EQ(q_junction_tree_likelihood_is_propagated(tree), any(q_node_likelihood_is_propagated));
+        EXPECT_EQ(q_junction_tree_cg_evidence_is_propagated(tree), any(q_node_evidence_is_propagated, true));
+    }
+    EXPECT_EQ(q_domain_evidence_to_propagate(tested.domain), any_changed ? 1u : 0u);
+}
+
 TEST_P(agreement, with_enumeration_through_changes_of_all_kinds) {
     std::size_t successes = 0;
     for (unsigned seed = 1; seed <= GetParam().seeds && !HasFailure(); ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         model tested(seed, GetParam());
         tested.run(12);
+        expect_predicates_of_trees(tested);
         successes += tested.successes;
     }
     EXPECT_GT(successes, 4 * GetParam().seeds) << "most tests test nothing";
@@ -20,15 +54,17 @@ TEST_P(agreement, with_enumeration_through_changes_of_all_kinds) {
 TEST_P(agreement, to_the_bit_for_any_number_of_threads) {
     for (unsigned seed = 1; seed <= 20 && !HasFailure(); ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
+        const auto run = [&](unsigned level) {
+            auto tested = std::make_unique<model>(4 * seed + 3, GetParam());
+            use_threads(*tested, level, 1 + seed * level % 7);
+            tested->run(8);
+            return tested;
+        };
         model first(4 * seed + 3, GetParam());
         first.run(8);
-        for (unsigned level : {1u, 2u, 4u}) {
-            model tested(4 * seed + 3, GetParam());
-            q_domain_set_concurrency_level(tested.domain, level);
-            q_domain_set_grain_size(tested.domain, 1 + seed * level % 7);
-            tested.run(8);
-            EXPECT_TRUE(tested.has_recorded_the_same(first));
-        }
+        auto meanwhile = std::async(seed == 1 ? std::launch::async : std::launch::deferred, run, 2u);
+        for (unsigned level : {1u, 4u}) EXPECT_TRUE(run(level)->has_recorded_the_same(first));
+        EXPECT_TRUE(meanwhile.get()->has_recorded_the_same(first));
     }
 }
 
@@ -40,6 +76,7 @@ TEST_P(agreement, after_lack_of_memory) {
         for (std::size_t n = 0; fired && !HasFailure(); ++n) {
             SCOPED_TRACE(testing::Message() << "run " << run << ", allocation " << n);
             model tested(seed, GetParam());
+            if (seed % 4 == 3) use_threads(tested, 4, 1);
             if (seed % 3 == 0) tested.propagate({});
             if (seed % 3 == 0 && GetParam().compresses) tested.compress();
             for (int i = 0; i < 4; ++i) tested.change_evidence();

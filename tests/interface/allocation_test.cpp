@@ -1,7 +1,6 @@
 // Lack of memory in every operation that changes a network or makes part of one.
 #include <numeric>
 
-#include "allocation_faults.h"
 #include "node_models.h"
 #include "scenarios.h"
 
@@ -72,7 +71,6 @@ q_status_t new_domain() {
 }
 
 TEST(lack_of_memory, leaves_everything_as_it_was) {
-    if (!allocation_faults::are_possible()) GTEST_SKIP() << "another tool has replaced operator new";
     const char* const text = "a text that is too long for any place within an object";
     static const char* const order[] = {"yes", "no", nullptr};
     expect_survivals([] { return owned_domain(); }, call(new_domain));

@@ -1,19 +1,16 @@
 // Evidence read from case files and written to them.
-#include <filesystem>
-#include <fstream>
 #include <random>
 
 #include "allocation_faults.h"
 #include "scenarios.h"
+#include "texts.h"
 
 namespace {
 
 using namespace std::string_literals;
 
-struct case_file {
-    explicit case_file(const std::string& text) { std::ofstream(path, std::ios::binary) << text; }
-    ~case_file() { std::filesystem::remove(path); }
-    std::string contents() const { return (std::stringstream() << std::ifstream(path).rdbuf()).str(); }
+struct case_file : temporary_file {
+    using temporary_file::temporary_file;
     q_status_t save(const owned_domain& domain) const {
         return q_domain_save_case(domain.get(), path.c_str());
     }
@@ -25,7 +22,6 @@ struct case_file {
         static_cast<case_file*>(data)->messages += std::to_string(line) + ": " + message + "\n";
     }
 
-    std::string path = testing::TempDir() + testing::UnitTest::GetInstance()->current_test_info()->name();
     std::string messages;
 };
 
@@ -44,7 +40,7 @@ std::vector<double> entered(const owned_domain& domain) {
 }
 
 owned_domain every_sort() {
-    return owned_domain(q_net_parse_domain(
+    return read(
         "net {} node first { states = (\"u\" \"v\"); } function f {} continuous node x { label = \"Age\"; }"
         "node unset { subtype = number; states = (\"\" \"\"); }"
         "node i { subtype = interval; states = (\"\" \"\" \"\" \"\");"
@@ -53,8 +49,7 @@ owned_domain every_sort() {
         "  state_values = (0 1 2); }"
         "node same { states = (\"true\" \"x\" \"x\" \"\"); }"
         "node b { subtype = boolean; }"
-        "node l { states = (\"s1\" \"s2\" \"s\\\"3%\\n\"); }",
-        nullptr, nullptr));
+        "node l { states = (\"s1\" \"s2\" \"s\\\"3%\\n\"); }");
 }
 
 TEST(CaseFile, TellsWhatIsWrongAndWhere) {

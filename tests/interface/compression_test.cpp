@@ -5,14 +5,6 @@
 
 namespace {
 
-q_status_t propagate(const owned_domain& domain) {
-    return q_domain_propagate(domain.get(), q_equilibrium_sum, q_mode_normal);
-}
-q_node_t with_table(q_node_t node, const std::vector<double>& numbers) {
-    set_data(q_node_get_table(node), numbers);
-    return q_node_touch_table(node), node;
-}
-
 // A node, four that have its state or the next one, and a node for any two of these that follow each other.
 owned_domain copies(std::size_t states) {
     owned_domain domain(q_domain_new());
@@ -26,8 +18,7 @@ owned_domain copies(std::size_t states) {
         if (last != nullptr) new_chance(domain.get(), (name + "2").c_str(), 2, {last, copy});
         last = copy;
     }
-    EXPECT_TRUE(q_domain_compile(domain.get()) == q_error_none && propagate(domain) == q_error_none);
-    return domain;
+    return propagated(std::move(domain));
 }
 
 TEST(compression, gives_memory_back) {

@@ -1,10 +1,9 @@
 // Domains: what may join them, names and their lookup, attributes, log files, deletion.
-#include <cstdio>
-#include <fstream>
 #include <map>
 #include <random>
 
 #include "scenarios.h"
+#include "texts.h"
 
 using namespace scenarios;
 
@@ -120,18 +119,15 @@ TEST(domain, attributes_keep_the_order_of_their_keys) {
 }
 
 TEST(domain, log_file_stays_when_another_cannot_be_opened) {
-    const std::string path = testing::TempDir() + "quarn_log_" + std::to_string(std::random_device()());
-    const auto contents = [&] { return (std::stringstream() << std::ifstream(path).rdbuf()).str(); };
-    std::ofstream(path) << "before";
+    const temporary_file file("before");
     owned_domain domain = network("cd");
-    EXPECT_EQ(q_domain_set_log_file(domain.get(), path.c_str(), 1), q_error_none);
+    EXPECT_EQ(q_domain_set_log_file(domain.get(), file.path.c_str(), 1), q_error_none);
     EXPECT_EQ(q_domain_set_log_file(domain.get(), "/", 0), q_error_io);
     EXPECT_EQ(q_domain_compile(domain.get()), q_error_none);
     domain.reset();
-    EXPECT_TRUE(contents().starts_with("before") && contents().size() > 6);
-    EXPECT_EQ(q_domain_set_log_file(network("").get(), path.c_str(), 0), q_error_none);
-    EXPECT_EQ(contents(), "");
-    std::remove(path.c_str());
+    EXPECT_TRUE(file.contents().starts_with("before") && file.contents().size() > 6);
+    EXPECT_EQ(q_domain_set_log_file(network("").get(), file.path.c_str(), 0), q_error_none);
+    EXPECT_EQ(file.contents(), "");
 }
 
 std::string seen;  // by the callbacks, which get no argument of the test's own

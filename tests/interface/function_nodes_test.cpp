@@ -1,7 +1,4 @@
 // Functions in networks: their values, the tables that discrete ones give themselves, and the order of all that.
-#include <cstdio>
-#include <fstream>
-
 #include "allocation_faults.h"
 #include "function_networks.h"
 #include "node_models.h"
@@ -33,15 +30,6 @@ INSTANTIATE_TEST_SUITE_P(
                     kind{"influence", {role::chance, role::chance, role::decision, role::utility}, 300}),
     [](const auto& tested) { return std::string(tested.param.name); });
 
-q_status_t propagate(const owned_domain& domain) { return request().of(domain.get()); }
-q_node_t new_numeric(q_domain_t domain, const char* name, q_subtype_t subtype,
-                     const std::vector<double>& values, const std::vector<double>& table) {
-    const q_node_t node = new_chance(domain, name, table.size());
-    q_node_set_subtype(node, subtype);
-    for (std::size_t i = 0; i < values.size(); ++i) q_node_set_state_value(node, i, values[i]);
-    set_data(q_node_get_table(node), table);
-    return node;
-}
 void set_model(q_node_t function, const char* text) { give_model(function, "", {text}); }
 void expect_value(q_node_t function, double value, q_error_t code = q_error_none) {
     const double found = q_node_get_value(function);
@@ -244,22 +232,6 @@ TEST(functions, survive_lack_of_memory) {
             EXPECT_EQ(plan.leaked(), 0u);
         }
     }
-}
-
-TEST(functions, report) {
-    const owned_domain domain = chain();
-    set_model(node_at(domain.get(), h), "log(-B)");
-    const std::string path = testing::TempDir() + "function_nodes_test.log";
-    ASSERT_EQ(q_domain_set_log_file(domain.get(), path.c_str(), 0), q_error_none);
-    EXPECT_EQ(propagate(domain), q_error_none);
-    EXPECT_EQ(q_domain_print_beliefs(domain.get()), q_error_none);
-    std::string text;
-    std::getline(std::ifstream(path), text, '\0');
-    EXPECT_EQ(text, "\n\nBeliefs for chance nodes:\n\n    B:\n\tstate0   0.25\n\tstate1   0.75\n"
-                    "\n    A:\n\tstate0   0.5\n\tstate1   0.5\n"
-                    "\n\nBeliefs for discrete function nodes:\n\n    G --> 10\n"
-                    "\n\nValues for real-valued function nodes:\n\n    H: N/A\n\n    F: 10\n");
-    std::remove(path.c_str());
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include <functional>
 #include <pthread.h>
 
-#include "network_building.h"
+#include "texts.h"
 
 namespace {
 
@@ -33,11 +33,6 @@ void run_on_small_stack(std::function<void()> body) {
     pthread_attr_destroy(&attributes);
 }
 
-std::string repeated(std::size_t count, const std::string& text) {
-    std::string all;
-    for (std::size_t i = 0; i < count; ++i) all += text;
-    return all;
-}
 std::string numbered(std::size_t count, const char* format) {
     std::string all;
     char text[100];
@@ -111,29 +106,22 @@ TEST(locale, of_the_host_changes_no_number_and_stays) {
         "net {} node n { subtype = number; states = (\"a\" \"b\"); state_values = (0.5 1.5); } "
         "potential (n) { data = (0.25 0.75); } function f {} "
         "potential (f | n) { model_nodes = (); model_data = (n * 1.25); }";
-    const auto round_trip = [&](const std::string& text) {
-        const owned_domain domain(q_net_parse_domain(text.c_str(), nullptr, nullptr));
-        const std::unique_ptr<char, void (*)(char*)> written(domain ? q_domain_to_net(domain.get()) : nullptr,
-                                                             q_string_delete);
-        return written ? std::string(written.get()) : "";
-    };
-    const std::string expected = round_trip(network);
+    const std::string expected = written(read(network).get());
     const decimal_comma set;
     if (!set.is_set) GTEST_SKIP() << "localedef cannot make a locale with a decimal comma here";
     const std::string present = std::setlocale(LC_ALL, nullptr);
-    EXPECT_EQ(round_trip(network), expected);
+    const owned_domain domain = read(network);
+    EXPECT_EQ(written(domain.get()), expected);
     EXPECT_NE(expected.find("0.25 0.75"), std::string::npos);
-    EXPECT_EQ(round_trip("net { broken"), "");
-    const std::string path = testing::TempDir() + "locale_test.case";
-    const owned_domain domain(q_net_parse_domain(network.c_str(), nullptr, nullptr));
+    EXPECT_EQ(q_net_parse_domain("net { broken", nullptr, nullptr), nullptr);
+    const temporary_file file;
     const q_node_t node = q_domain_get_node_by_name(domain.get(), "n");
     q_node_enter_finding(node, 0, 0.125);
-    EXPECT_EQ(q_domain_save_case(domain.get(), path.c_str()), q_error_none);
-    EXPECT_EQ(q_domain_parse_case(domain.get(), path.c_str(), nullptr, nullptr), q_error_none);
+    EXPECT_EQ(q_domain_save_case(domain.get(), file.path.c_str()), q_error_none);
+    EXPECT_EQ(q_domain_parse_case(domain.get(), file.path.c_str(), nullptr, nullptr), q_error_none);
     EXPECT_EQ(q_node_get_entered_finding(node, 0), 0.125);
     EXPECT_EQ(q_domain_parse_case(domain.get(), "/none", nullptr, nullptr), q_error_io);
     EXPECT_EQ(std::setlocale(LC_ALL, nullptr), present);
-    std::filesystem::remove(path);
 }
 
 }  // namespace

@@ -183,8 +183,7 @@ TEST(links, what_uncompiles_a_domain) {
     const network_builder build = [] {
         owned_domain domain = network("cd cd cd", "02");
         for (q_node_t node : nodes_of(domain.get())) q_node_set_number_of_states(node, 2);
-        EXPECT_EQ(q_domain_compile(domain.get()), none);
-        EXPECT_EQ(q_domain_propagate(domain.get(), q_equilibrium_sum, q_mode_normal), none);
+        EXPECT_EQ(propagate(domain), none);
         EXPECT_EQ(q_node_add_parent(new_node(domain.get(), "fo"), node_at(domain.get(), 0)), none);
         return domain;
     };

@@ -1,6 +1,5 @@
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
+#include <cmath>
 #include <limits>
 #include <string>
 #include <vector>
@@ -8,23 +7,17 @@
 #include <gmock/gmock.h>
 #include <quarn.h>
 
-#include "allocation_faults.h"
-#include "owned_domain.h"
 #include "scenarios.h"
+#include "texts.h"
 
 namespace {
 
 using testing::ElementsAre;
 
-struct parse_result {
+struct parse_result : heard {
     explicit parse_result(const std::string& source)
-        : domain(q_net_parse_domain(source.c_str(), hear, this)), code(q_error_code()) {}
+        : domain(q_net_parse_domain(source.c_str(), hear, static_cast<heard*>(this))), code(q_error_code()) {}
 
-    static void hear(size_t position, const char* message, void* data) {
-        static_cast<parse_result*>(data)->messages.push_back(std::to_string(position) + ": " + message);
-    }
-
-    std::vector<std::string> messages;
     owned_domain domain;
     q_error_t code;
 };
@@ -34,6 +27,7 @@ TEST(NetParse, TellsWhatIsWrongAndWhere) {
     const std::string normals = "continuous node x {} continuous node y {} potential (y | a x) { data = (";
     const std::string model = "continuous node x {} function f {} potential (f | a x) { ",
                       model_of_a = model + "model_nodes = (a); model_data = (";
+    const std::string data_of_a = "potential (a) { data = (1 ";
     const std::string chain_of_b_and_c = "node c {} potential (c b) { data = ";
     const char* const undirected = "undirected links can only be specified for discrete chance nodes";
     const char* const real_in_chain = "real-valued function nodes are not allowed in chain potentials";
@@ -125,8 +119,8 @@ TEST(NetParse, TellsWhatIsWrongAndWhere) {
          "`data' attribute is not allowed for real-valued function nodes"},
         {"discrete function f {} potential (f | a) {data=(1);} node c {} potential (c | a f)@ {}",
          "adding the link f --> c creates a cyclic functional dependency"},
-        {"decision d {} potential (d) {data=(-1@);}", "warning: negative value in probability potential",
-         q_error_none},
+        {"discrete decision d {} potential (d) {data=(-1@);}",
+         "warning: negative value in probability potential", q_error_none},
         {"utility u {} potential (u | a) {data=(-1 -2);}", "", q_error_none},
         {"potential (a) { }@", "warning: no potential data specified", q_error_none},
         {"potential (a) { dat@ = (1 1); }", "unknown field: `dat'"},
@@ -169,6 +163,22 @@ TEST(NetParse, TellsWhatIsWrongAndWhere) {
         {model + "samples_per_interval = 1.5@", "`samples_per_interval' must be a positive integer"},
         {model + "samples_per_interval = 1e999@", "`samples_per_interval' must be a positive integer"},
         {model + "samples_per_interval = x@", "`samples_per_interval' must be a positive integer"},
+        {"node !@", "unexpected character: `!'"},
+        {"node c.1@", "`.' must be followed by a letter or an `_'"},
+        {"node c..d@", "`.' must be followed by a letter or an `_'"},
+        {"'c@\nd'", "string did not end"},
+        {"'c\\@", "string did not end"},
+        {"'\\8@'", "illegal escape sequence: `\\8'"},
+        {"'\\400@'", "illegal escape sequence: `\\4'"},
+        {"'\\x@g'", "illegal escape sequence: `\\x'"},
+        {"'\\x100@'", "illegal escape sequence: `\\x'"},
+        {"node c { label = '\\0@'; }", "warning: null character in string", q_error_none},
+        {data_of_a + "1e@+ 1", "`)' expected"},
+        {data_of_a + "2ex@", "`)' expected"},
+        {data_of_a + "0x10@", "`)' expected"},
+        {data_of_a + "inf@", "number expected"},
+        {data_of_a + "-@ 1", "number expected"},
+        {data_of_a + "-.@e1", "number expected"},
     };
     for (const auto& [text, message, code] : cases) {
         std::string source = "net {} node a { states = ('0' '1'); } node b { states = ('0' '1'); } "
@@ -187,6 +197,23 @@ TEST(NetParse, TellsWhatIsWrongAndWhere) {
     }
     // Only an unknown subtype leaves the rest readable.
     EXPECT_EQ(parse_result("net {} node a { subtype = x; } node b { subtype = y; }").messages.size(), 2U);
+}
+
+TEST(NetParse, ReadsStringsAndNumbers) {
+    const std::pair<std::string, std::string> strings[] = {{R"(\"\'\?\\)", "\"'?\\"},
+                                                           {R"(\a\b\f\n\r\t\v)", "\a\b\f\n\r\t\v"},
+                                                           {R"(\101\7\1234\x41\x00041g)", "A\7S4AAg"},
+                                                           {"a%b\\377\\xff\\\nc", "a%b\377\377c"}};
+    for (const auto& [given, text] : strings)
+        EXPECT_EQ(q_domain_get_attribute(read("net { a = \"" + given + "\"; }").get(), "a"), text);
+    // Signs belong to the next number, and part what is not parted by blanks.
+    const std::string numbers = "1-2+3 .25 1e-3 +7 5.-.5E+1 1e-400 "
+                                "1e-99999999999999999999 1e400 -1e400 " +
+                                std::string(400, '9') + " 1" + std::string(400, '0') + "e-400";
+    const double wanted[] = {1, -2, 3, .25, .001, 7, 5, -5, 0, 0, HUGE_VAL, -HUGE_VAL, HUGE_VAL, 1};
+    const owned_domain domain = read("net {} node n { states = (" + repeated(std::size(wanted), "\"\" ") +
+                                     "); } utility u {} potential (u | n) { data = (" + numbers + "); }");
+    EXPECT_THAT(data_of(q_node_get_table(node_at(domain.get(), 1))), testing::ElementsAreArray(wanted));
 }
 
 // A table that no memory could hold costs no more than the text; nor do parentheses cost stack.
@@ -219,7 +246,7 @@ discrete node B.c { subtype = boolean; }
 node N { subtype = number; states = ("" ""); state_values = (-1 + 2.5); }
 node I { subtype = interval; states = ("" "" ""); state_values = (-infinity - 1 1 infinity); }
 potential (B.c | N A) { data = (((1 2) (3 4) (5 6)) ((7 8) 9 10 11 12)); }
-potential (N | I) { }
+potential (N | I) { } potential (I) { model_nodes = (); samples_per_interval = 7; }
 continuous node a { label = "c"; } continuous node b { } continuous node d.x { }
 function F { } discrete function k { states = ("0" "1"); }
 potential (d.x | N A b a F) { data = (
@@ -231,13 +258,8 @@ node v { states = ("0" "1"); } node w { } potential (w v | I) { data = (1 2 3 4 
 potential (v | N I) { data = (1 2 3 4 5 6 7 8 9 10 11 12); experience = (1 2 3 4 5 6); fading = (1 2 3 4 5 6); }
 net { second = "2"; first = "3"; })";
 
-struct temporary_file {
-    explicit temporary_file(const std::string& text) { std::ofstream(path, std::ios::binary) << text; }
-    ~temporary_file() { std::filesystem::remove(path); }
-    std::string path = testing::TempDir() + testing::UnitTest::GetInstance()->current_test_info()->name();
-};
-
-TEST(NetParse, ReadsEverything) {
+// What is written as it is read is read by net_writer_test.cpp.
+TEST(NetParse, ReadsWhatIsWrittenInAnotherWay) {
     const temporary_file file("\n%" + std::string(100000, 'x') + "\n" + whole_network);
     const parse_result parsed(file.path);
     EXPECT_EQ(parsed.code, q_error_none);
@@ -249,24 +271,18 @@ TEST(NetParse, ReadsEverything) {
     q_domain_get_node_size(domain, &x, &y);
     EXPECT_EQ(std::pair(x, y), std::pair(81, 39));
     EXPECT_STREQ(q_domain_get_attribute(domain, "first"), "3");
-    EXPECT_STREQ(q_domain_get_attribute(domain, "label"), "kept");
-    EXPECT_STREQ(q_node_get_label(a), "an \"A\"");
     q_node_get_position(a, &x, &y);
     EXPECT_EQ(std::pair(x, y), std::pair(-10, 20));
-    EXPECT_EQ(q_node_get_number_of_states(a), 3U);
-    EXPECT_STREQ(q_node_get_state_label(a, 1), "y");
-    EXPECT_STREQ(q_node_get_attribute(a, "remark"), "r");
-    EXPECT_EQ(q_node_get_subtype(b), q_subtype_boolean);
+    EXPECT_EQ(q_node_get_model(i), nullptr) << "without expressions";
     std::vector<double> values;
     for (size_t state = 0; state < 2; ++state) values.push_back(q_node_get_state_value(n, state));
     for (size_t state = 0; state < 4; ++state) values.push_back(q_node_get_state_value(i, state));
     constexpr double infinite = std::numeric_limits<double>::max();
     EXPECT_THAT(values, ElementsAre(-1, 2.5, -infinite, -1, 1, infinite));
     EXPECT_THAT(listed(q_node_get_parents(b)), ElementsAre(n, a));
-    EXPECT_EQ(q_node_get_parents(n)[0], i);
     EXPECT_THAT(data_of(q_node_get_table(b)), ElementsAre(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12));
 
-    q_node_t dx = node("d.x"), k = node("k");
+    q_node_t dx = node("d.x");
     const double parameters[][4] = {{1.5, 2, 0, 1},   {1.5, 2, -1, 2}, {-1, 0, -2, .5},
                                     {-2, 2, -1.5, 3}, {-1, 4, 0, 0},   {0, 0, 1, 2}};
     for (size_t c = 0; c < 6; ++c)
@@ -274,26 +290,6 @@ TEST(NetParse, ReadsEverything) {
                     ElementsAre(q_node_get_cg_intercept(dx, c), q_node_get_cg_coefficient(dx, node("a"), c),
                                 q_node_get_cg_coefficient(dx, node("b"), c), q_node_get_cg_variance(dx, c)))
             << c;
-    EXPECT_EQ(q_node_get_kind(node("F")), q_kind_other);
-    EXPECT_EQ(q_node_get_category(k), q_category_function);
-    EXPECT_EQ(q_node_get_parents(k)[1], node("a"));
-    EXPECT_EQ(q_table_get_data(q_node_get_table(k))[1], 0.75);
-}
-
-// Policies and utilities; a function may use a utility.
-TEST(NetParse, ReadsInfluenceDiagrams) {
-    const parse_result parsed(R"(net {} node A { states = ("x" "y"); } decision D { states = ("0" "1"); }
-        discrete decision d {} utility U {} utility V {} function F {} potential (V) { data = (-7); }
-        potential (D | A) { data = ((.2 .8) (1 0)); } potential (U | D A) { data = ((-1 2) (-3 4)); }
-        potential (F | D U) {})");
-    EXPECT_THAT(parsed.messages, ElementsAre(testing::EndsWith("warning: no potential data specified")));
-    const auto node = [&](const char* name) { return q_domain_get_node_by_name(parsed.domain.get(), name); };
-    const auto numbers = [&](const char* name) { return data_of(q_node_get_table(node(name))); };
-    EXPECT_THAT(numbers("D"), ElementsAre(.2, .8, 1, 0));
-    EXPECT_THAT(numbers("U"), ElementsAre(-1, 2, -3, 4));
-    EXPECT_THAT(numbers("V"), ElementsAre(-7));
-    EXPECT_EQ(q_node_get_category(node("d")), q_category_decision);
-    EXPECT_EQ(q_node_get_parents(node("F"))[1], node("U"));
 }
 
 TEST(NetParse, TakesTextsAndFiles) {
@@ -368,41 +364,8 @@ TEST(NetParse, ReadsTheOlderDialect) {
     EXPECT_THAT(data_of(q_node_get_table(node("c"))), ElementsAre(8, 9, 10));
 }
 
-// An expression for each configuration of the model nodes, whatever their order among the parents.
-TEST(NetParse, ReadsModels) {
-    const parse_result parsed(
-        R"(net {} node A { states = ("x" "y" "z"); } node B { subtype = boolean; } function U {}
-        function F {} discrete function D { states = ("0" "1"); } potential (F | A B U) {
-            samples_per_interval = 25; model_nodes = (B A);
-            model_data = (1 % one
-                , -2, U*3, (min(U, #A)), if(A == "x", 5, 6.5e0), -(7)); }
-        potential (D | F) { data = (3 4); model_nodes = (); model_data = ("1"); }
-        potential (A) { model_nodes = (); model_data = (Distribution(1, 2, 3)); }
-        potential (B | A) { model_nodes = (A); samples_per_interval = 7; })");
-    EXPECT_THAT(parsed.messages, testing::IsEmpty());
-    const auto node = [&](const char* name) { return q_domain_get_node_by_name(parsed.domain.get(), name); };
-    const auto texts = [&](const char* name) {
-        std::vector<std::string> written;
-        q_model_t model = q_node_get_model(node(name));
-        for (size_t i = 0; i < q_model_get_size(model); ++i) {
-            char* const text = q_expression_to_string(q_model_get_expression(model, i));
-            written.emplace_back(text);
-            q_string_delete(text);
-        }
-        return written;
-    };
-    EXPECT_THAT(texts("F"), ElementsAre("1", "-2", "U * 3", "min(U, #A)", "if(A == \"x\", 5, 6.5)", "-7"));
-    EXPECT_THAT(texts("D"), ElementsAre("\"1\""));
-    EXPECT_THAT(texts("A"), ElementsAre("Distribution(1, 2, 3)"));
-    EXPECT_THAT(listed(q_model_get_nodes(q_node_get_model(node("F")))), ElementsAre(node("B"), node("A")));
-    EXPECT_EQ(q_model_get_samples_per_interval(q_node_get_model(node("F"))), 25U);
-    EXPECT_THAT(data_of(q_node_get_table(node("D"))), ElementsAre(3, 4));
-    EXPECT_EQ(q_node_get_model(node("B")), nullptr) << "without expressions";
-}
-
 // Whichever allocation fails: one message, nothing left behind. Names need no index.
 TEST(NetParse, SurvivesLackOfMemory) {
-    if (!allocation_faults::are_possible()) GTEST_SKIP();
     const auto parse = [](q_domain_t) {
         int errors = 0;
         const auto count = [](size_t, const char* message, void* data) {

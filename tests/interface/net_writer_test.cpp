@@ -4,7 +4,6 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <limits>
 #include <map>
 #include <random>
@@ -14,31 +13,15 @@
 
 #include <gmock/gmock.h>
 
-#include "allocation_faults.h"
 #include "expression_trees.h"
 #include "node_models.h"
 #include "scenarios.h"
+#include "texts.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 constexpr double largest = std::numeric_limits<double>::max();
-
-std::string written(q_domain_t domain) {
-    const std::unique_ptr<char, void (*)(char*)> text(q_domain_to_net(domain), q_string_delete);
-    EXPECT_NE(text, nullptr) << q_error_description(uint32_t(q_error_code()));
-    return text == nullptr ? "" : text.get();
-}
-owned_domain read(const std::string& text) {
-    std::string errors;
-    const auto hear = [](size_t position, const char* message, void* to) {
-        if (!std::string(message).starts_with("warning"))
-            *static_cast<std::string*>(to) += std::to_string(position) + ": " + message + "\n";
-    };
-    owned_domain domain(q_net_parse_domain(text.c_str(), hear, &errors));
-    EXPECT_EQ(errors, "") << text;
-    return domain;
-}
 
 // The text of a net, a node or a potential: its head and the lines within its braces.
 std::string item(const std::string& head, const std::vector<std::string>& lines = {}) {
@@ -283,11 +266,6 @@ TEST(NetWriter, RefusesNumbersThatNoFileHolds) {
     EXPECT_EQ(q_error_code(), q_error_invalid_state_values);
 }
 
-std::string contents(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 // Whatever fails: the old file stays, and nothing comes to be beside it.
 TEST(NetWriter, FilesAreCompleteOrAsTheyWere) {
     const fs::path folder = fs::path(testing::TempDir()) / "quarn_net_writer", file = folder / "a.net";
@@ -296,6 +274,9 @@ TEST(NetWriter, FilesAreCompleteOrAsTheyWere) {
     const owned_domain domain = network("cd cd", "01");
     const std::string text = written(domain.get());
     const auto save = [&](const fs::path& path) { return q_domain_save_as_net(domain.get(), path.c_str()); };
+    const auto contents = [](const fs::path& path) {
+        return (std::stringstream() << std::ifstream(path).rdbuf()).str();
+    };
     const auto names = [&] {
         return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
     };
@@ -343,17 +324,15 @@ TEST(NetWriter, FilesAreCompleteOrAsTheyWere) {
 }
 
 TEST(NetWriter, SurvivesLackOfMemory) {
-    if (!allocation_faults::are_possible()) GTEST_SKIP();
     const auto build = [] { return read(whole_network); };
     const auto to_net = [](q_domain_t domain) {
         const std::unique_ptr<char, void (*)(char*)> text(q_domain_to_net(domain), q_string_delete);
         return outcome(text.get());
     };
-    const std::string path = testing::TempDir() + "quarn_net_writer_without_memory.net";
-    const auto save = [&](q_domain_t domain) { return q_domain_save_as_net(domain, path.c_str()); };
+    const temporary_file file;
+    const auto save = [&](q_domain_t domain) { return q_domain_save_as_net(domain, file.path.c_str()); };
     expect_survives_lack_of_memory({"to_net", build, to_net});
     expect_survives_lack_of_memory({"save", build, save});
-    fs::remove(path);
 }
 
 }  // namespace

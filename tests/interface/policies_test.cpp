@@ -165,8 +165,7 @@ TEST(policies, are_a_global_optimum_with_perfect_recall) {
 void expect_update(const owned_domain& domain, const std::vector<numbers>& tables, const numbers& updated) {
     const nodes n = nodes_of(domain.get());
     for (std::size_t i = 0; i < tables.size(); ++i) set_data(q_node_get_table(n[i]), tables[i]);
-    ASSERT_EQ(q_domain_compile(domain.get()), q_error_none);
-    ASSERT_EQ(request().of(domain.get()), q_error_none);
+    ASSERT_EQ(propagate(domain), q_error_none);
     ASSERT_EQ(q_domain_update_policies(domain.get()), q_error_none);
     EXPECT_EQ(data_of(q_node_get_table(n[1])), updated);
 }

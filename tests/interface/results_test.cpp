@@ -1,9 +1,8 @@
 // What is read after a propagation: codes, moments of numeric nodes, and the report.
 #include <cmath>
-#include <cstdio>
-#include <fstream>
 
 #include "scenarios.h"
+#include "texts.h"
 
 using namespace scenarios;
 
@@ -20,19 +19,6 @@ q_node_t new_with_data(q_domain_t domain, const char* name, std::size_t states, 
     set_data(q_node_get_table(node), data);
     return node;
 }
-q_node_t new_numeric(q_domain_t domain, const char* name, q_subtype_t subtype, const numbers& values,
-                     const numbers& beliefs) {
-    q_node_t node = new_with_data(domain, name, beliefs.size(), beliefs);
-    q_node_set_subtype(node, subtype);
-    for (std::size_t i = 0; i < values.size(); ++i) q_node_set_state_value(node, i, values[i]);
-    return node;
-}
-owned_domain propagated(owned_domain domain) {
-    EXPECT_EQ(q_domain_compile(domain.get()), q_error_none);
-    EXPECT_EQ(q_domain_propagate(domain.get(), sum, normal), q_error_none);
-    return domain;
-}
-
 enum : std::size_t { d, a, b, n, i, f, u, w, r };
 owned_domain new_diagram() {
     owned_domain domain(q_domain_new());
@@ -46,7 +32,10 @@ owned_domain new_diagram() {
     new_with_data(domain.get(), "F", 2, {0, 1}, {}, "fd");
     new_with_data(domain.get(), "U", 0, {8, 0, 4, 4}, {decision, chance}, "uo");
     new_with_data(domain.get(), "W", 0, {7, -2.5}, {number}, "uo");
-    new_chance(domain.get(), "R", 0, {}, "fo");
+    const q_node_t no_nodes[] = {nullptr};
+    for (const char* name : {"R", "S"}) new_chance(domain.get(), name, 0, {}, "fo");
+    const q_model_t model = q_node_new_model(node_at(domain.get(), r + 1), no_nodes);
+    q_model_set_expression(model, 0, q_expression_make_number(7));
     return domain;
 }
 owned_domain diagram() { return propagated(new_diagram()); }
@@ -62,14 +51,8 @@ owned_domain gaussian() {
     return propagated(std::move(domain));
 }
 
-void expect_report(const owned_domain& domain, const char* expected) {
-    const std::string path = testing::TempDir() + "results_test.log";
-    ASSERT_EQ(q_domain_set_log_file(domain.get(), path.c_str(), 0), q_error_none);
-    EXPECT_EQ(q_domain_print_beliefs(domain.get()), q_error_none);
-    std::string text;
-    std::getline(std::ifstream(path), text, '\0');
-    EXPECT_EQ(text, expected);
-    std::remove(path.c_str());
+std::string report(const owned_domain& domain) {
+    return logged(domain.get(), [&] { EXPECT_EQ(q_domain_print_beliefs(domain.get()), q_error_none); });
 }
 
 TEST(results, report) {
@@ -82,10 +65,10 @@ TEST(results, report) {
         "\n\nBeliefs (and expected utilities) for discrete function nodes:\n\n    F --> state1 (0)\n"
         "\n\nExpected utilities for utility nodes:\n"
         "\n    U: 3\n\n    W: -2.5\n\nOverall expected utility: 0.5\n"
-        "\n\nValues for real-valued function nodes:\n\n    R: N/A\n";
-    expect_report(diagram(), of_diagram);
-    expect_report(gaussian(), "\n\nBeliefs for chance nodes:\n\n    C1 --> state0\n\n    C2 --> 1.5\n"
-                              "\n    C3:\n\tMean: 11   Variance: 4   SD: 2\n");
+        "\n\nValues for real-valued function nodes:\n\n    R: N/A\n\n    S: 7\n";
+    EXPECT_EQ(report(diagram()), of_diagram);
+    EXPECT_EQ(report(gaussian()), "\n\nBeliefs for chance nodes:\n\n    C1 --> state0\n\n    C2 --> 1.5\n"
+                                  "\n    C3:\n\tMean: 11   Variance: 4   SD: 2\n");
 }
 
 TEST(results, codes) {
@@ -120,10 +103,27 @@ TEST(results, codes) {
     expect_refusals(diagram, q_error_usage, call(belief, a, 2), call(belief, u, 0), call(q_node_get_mean, a),
                     call(q_node_get_numeric_mean, b), call(q_node_get_value, f), call(utility, a, 2),
                     call(utility, u, 1), call(utility, r, 0), call(q_node_get_utility_maximum, r),
-                    call(q_domain_compile), call(q_node_select_state, a, 2));
+                    call(q_domain_compile), call(q_node_select_state, a, 2), call(q_node_retract_findings, r),
+                    call(q_node_evidence_is_entered, r), call(q_node_evidence_to_propagate, r));
     for (double weight : {-1.0, double(NAN), double(INFINITY), largest})
         expect_refusals(diagram, q_error_usage, call(q_node_enter_finding, a, 0, weight));
-    expect_refusals(gaussian, q_error_usage, call(belief, x, 0), call(utility, x, 0));
+    const auto tree_mode = [](q_domain_t domain, q_mode_t mode) {
+        return q_junction_tree_evidence_mode_is(q_domain_get_first_junction_tree(domain), mode);
+    };
+    expect_refusals(gaussian, q_error_usage, call(belief, x, 0), call(utility, x, 0),
+                    call(q_node_enter_value, c, 1.0), call(q_node_select_state, x, 0),
+                    call(q_node_get_propagated_state, x), call(q_node_get_propagated_value, c),
+                    call(q_domain_equilibrium_is, q_equilibrium_none), call(+tree_mode, 22),
+                    call(q_domain_set_concurrency_level, 0), call(q_domain_set_grain_size, 0));
+    expect_refusals(gaussian, q_error_no_value, call(q_node_get_entered_value, y),
+                    call(q_node_get_propagated_value, y));
+    const auto triangulated = [] {
+        owned_domain domain = network("cd cc");
+        q_domain_triangulate(domain.get(), q_triangulate_best_greedy);
+        return domain;
+    };
+    expect_refusals(triangulated, q_error_not_compiled, call(q_node_get_propagated_value, 1),
+                    call(q_domain_evidence_to_propagate), call(+tree_mode, normal));
     EXPECT_EQ(q_domain_print_beliefs(new_diagram().get()), q_error_none) << "no log, nothing to do";
 }
 

@@ -10,7 +10,7 @@
 #include <nlohmann/json.hpp>
 #include <quarn.h>
 
-#include "owned_domain.h"
+#include "texts.h"
 
 namespace {
 
@@ -142,14 +142,9 @@ void check_network(const std::string& name, const std::string& kind = "") {
     if (!std::filesystem::exists(model)) GTEST_SKIP() << "the reference networks are not here";
     SCOPED_TRACE(name);
     const json reference = json::parse(std::ifstream(folder / "expected" / (name + ".json")));
-    const auto text_of = [](const checked_network& network) {
-        const std::unique_ptr<char, void (*)(char*)> text(q_domain_to_net(network.domain_.get()),
-                                                          q_string_delete);
-        return std::string(text.get());
-    };
     checked_network checked(model, 1e-9);
-    const std::string text = text_of(checked);
-    EXPECT_EQ(text_of(checked_network(text, 0)), text);
+    const std::string text = written(checked.domain_.get());
+    EXPECT_EQ(written(read(text).get()), text);
     checked.check(reference);
 }
 

@@ -2,7 +2,6 @@
 // joint distribution of all continuous ones, from their structural equations.
 #pragma once
 
-#include <random>
 #include <vector>
 
 namespace oracle {
@@ -26,14 +25,8 @@ struct gaussian {
 using mixture = std::vector<gaussian>;  // all configurations, the last discrete variable varying fastest
 
 mixture joint(const list& state_counts, std::size_t continuous, const std::vector<mixed_table>& tables);
-// Of some variables, in that order, with the moments of the mixture; meaningless ones where nothing is possible.
-mixture marginal(const mixture& of, const list& discrete, const list& continuous);
 // Conditions on a value and multiplies the weights by its density. A part without variance becomes impossible, unless it
 // gives that very value; the numbers of these parts.
 list observe(mixture& changed, std::size_t variable, double value);
-
-// With random conditions, parents and numbers; the weight of the first configuration is not 0.
-mixed_table random_table(std::mt19937& random, const list& state_counts, std::size_t continuous_variable,
-                         std::size_t noiseless_quarters);
 
 }  // namespace oracle

@@ -39,6 +39,13 @@ inline std::string eight_digits(double value) {
     return {text.data(), std::to_chars(text.begin(), text.end(), value, std::chars_format::general, 8).ptr};
 }
 
+// The number of a node in creation order.
+inline std::size_t number_of(q_node_t node) {
+    std::size_t number = 0;
+    for (q_node_t older = q_node_get_next(node); older != nullptr; older = q_node_get_next(older)) ++number;
+    return number;
+}
+
 // All that there is in a tree, in some order; numbers to their eighth significant digit.
 inline std::string contents_of(q_expression_t tree) {
     std::ostringstream text;
@@ -50,7 +57,7 @@ inline std::string contents_of(q_expression_t tree) {
         text << op << ' ';
         if (op == q_operator_number) text << eight_digits(q_expression_get_number(at));
         if (op == q_operator_label) text << q_expression_get_label(at);
-        if (op == q_operator_node) text << q_expression_get_node(at);
+        if (op == q_operator_node) text << number_of(q_expression_get_node(at));
         if (op == q_operator_boolean) text << q_expression_get_boolean(at);
         const q_expression_t* arguments = op < q_operator_number ? q_expression_get_arguments(at) : nullptr;
         for (; arguments != nullptr && *arguments != nullptr; ++arguments) open.push_back(*arguments);

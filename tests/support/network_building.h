@@ -51,6 +51,30 @@ inline void set_data(q_table_t table, const std::vector<double>& numbers) {
     std::copy(numbers.begin(), numbers.end(), q_table_get_data(table));
 }
 
+inline q_node_t with_table(q_node_t node, const std::vector<double>& numbers) {
+    set_data(q_node_get_table(node), numbers);
+    return q_node_touch_table(node), node;
+}
+// A node with values and a table of its own.
+inline q_node_t new_numeric(q_domain_t domain, const char* name, q_subtype_t subtype,
+                            const std::vector<double>& values, const std::vector<double>& table) {
+    q_node_t node = new_chance(domain, name, table.size());
+    q_node_set_subtype(node, subtype);
+    for (std::size_t i = 0; i < values.size(); ++i) q_node_set_state_value(node, i, values[i]);
+    return with_table(node, table);
+}
+
+// Compiles it unless it is compiled.
+inline q_status_t propagate(const owned_domain& domain, q_equilibrium_t equilibrium = q_equilibrium_sum,
+                            q_mode_t mode = q_mode_normal) {
+    if (q_domain_is_compiled(domain.get()) == 0) q_domain_compile(domain.get());
+    return q_domain_propagate(domain.get(), equilibrium, mode);
+}
+inline owned_domain propagated(owned_domain domain) {
+    EXPECT_EQ(propagate(domain), q_error_none);
+    return domain;
+}
+
 // The nodes of a domain in creation order, and one of them by its number from 0.
 inline std::vector<q_node_t> nodes_of(q_domain_t domain) {
     std::vector<q_node_t> nodes;

@@ -75,10 +75,11 @@ requires(sizeof...(Parameters) == sizeof...(Given)) tested_call
 
 // The call numbered `row`, on a fresh network, must return the code and leave it behind; if it is an error, it must
 // leave the network as it was.
-void expect_code(const network_builder& build, q_error_t code, const tested_call& call, std::size_t row = 0);
+void expect_code(const network_builder& build, q_error_t code, const tested_call& call, std::size_t row = 0,
+                 const std::function<std::string(q_domain_t)>& state = digest);
 // As expect_survives_lack_of_memory(), for the call numbered `row`; any may do without.
 void expect_survival(const network_builder& build, const tested_call& tested, bool can_do_without,
-                     std::size_t row);
+                     std::size_t row, const std::function<std::string(q_domain_t)>& state = digest);
 
 template <class... Calls>
 void expect_refusals(const network_builder& build, q_error_t code, const Calls&... calls) {

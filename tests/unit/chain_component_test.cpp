@@ -2,29 +2,22 @@
 #include "chain_component.h"
 
 #include <algorithm>
-#include <functional>
 #include <sstream>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <quarn.h>
 
-#include "allocation_faults.h"
 #include "api_frame.h"
 #include "node.h"
 #include "scenarios.h"
+#include "texts.h"
 
 using namespace quarn;
+using scenarios::call, scenarios::expect_code, scenarios::expect_survival, scenarios::tested_call;
 
 namespace {
-
-owned_domain read(std::string text) {
-    std::ranges::replace(text, '\'', '"');
-    const auto show = [](size_t, const char* message, void*) { ADD_FAILURE() << message; };
-    return owned_domain(q_net_parse_domain(("net {}" + text).c_str(), show, nullptr));
-}
 
 node& named(q_domain_t owner, const char* name) { return *q_domain_get_node_by_name(owner, name); }
 
@@ -49,19 +42,21 @@ std::string shared(q_domain_t owner) {
     return text.str();
 }
 
-const std::string six_nodes =
-    "node P {states=('n' 'y');} node R {states=('n' 'y');} node A {states=('n' 'y');}"
-    "node B {states=('n' 'y');} node C {states=('n' 'y');} node X {states=('n' 'y');}";
+owned_domain six_nodes(const std::string& potentials) {
+    std::string text = "net {} ";
+    for (char name : std::string("PRABCX")) text += std::string("node ") + name + R"( {states=("n" "y");} )";
+    return read(text + potentials);
+}
 
 // P --> A, B; A -- B -- C --> X.
 owned_domain chain() {
-    return read(six_nodes + R"(potential (A B | P) { data = (1 2 3 4 5 6 7 8); }
+    return six_nodes(R"(potential (A B | P) { data = (1 2 3 4 5 6 7 8); }
         potential (A | P) { data = (1 2 3 4); experience = (5 6); }
         potential (C B) { data = (1 2 3 4); } potential (X | C) { data = (1 2 3 4); })");
 }
 
 TEST(chain_component, is_merged_in_the_place_of_the_oldest) {
-    const owned_domain domain = read(six_nodes + R"(potential (A B) { data = (1 1 1 1); }
+    const owned_domain domain = six_nodes(R"(potential (A B) { data = (1 1 1 1); }
         potential (C X) { data = (2 2 2 2); } potential (P R) { data = (3 3 3 3); }
         potential (R A) { data = (-0 4 4 4); })");
     EXPECT_EQ(shared(domain.get()), "ABPR: AB = 1 1 1 1; PR = 3 3 3 3; RA = -0 4 4 4;CX: CX = 2 2 2 2;");
@@ -70,7 +65,7 @@ TEST(chain_component, is_merged_in_the_place_of_the_oldest) {
 
 // An own potential tells the order of all parents; a shared one before it may have drawn links.
 TEST(chain_component, parents_are_linked_to_all_children) {
-    const owned_domain domain = read(six_nodes + R"(potential (B | C) { data = (1 2 3 4); }
+    const owned_domain domain = six_nodes(R"(potential (B | C) { data = (1 2 3 4); }
         potential (A B | P R) { data = (1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1); }
         potential (A | X R P) { data = (1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16); experience = (1 2 3 4 5 6 7 -8);
                                 fading = ((0.5 1) (1 1) (1 1) (1 1)); })");
@@ -87,23 +82,10 @@ TEST(chain_component, parents_are_linked_to_all_children) {
     EXPECT_EQ(names(parents_of(*a.component)), "XRPC");
 }
 
-using edit = std::function<q_status_t(q_domain_t)>;
+enum : std::size_t { P, R, A, B, C, X };
 
-// Calls a function for nodes with these names.
-template <class... Parameters, class... Given>
-edit on(q_status_t (*function)(Parameters...), Given... given) {
-    const auto argument = []<class Parameter>(q_domain_t owner, auto value) {
-        if constexpr (std::is_same_v<Parameter, q_node_t>)
-            return &named(owner, value);
-        else
-            return static_cast<Parameter>(value);
-    };
-    return
-        [=](q_domain_t owner) { return function(argument.template operator()<Parameters>(owner, given)...); };
-}
-
-edit join(const std::string& children, const std::string& parents) {
-    return [=](q_domain_t owner) {
+tested_call join(const std::string& children, const std::string& parents) {
+    return [=](q_domain_t owner, const auto&) {
         const auto all = [&](const std::string& letters) {
             std::vector<node*> list;
             for (char letter : letters) list.push_back(&named(owner, std::string(1, letter).c_str()));
@@ -113,74 +95,60 @@ edit join(const std::string& children, const std::string& parents) {
     };
 }
 
+std::string state(q_domain_t owner) { return shared(owner) + digest(owner); }
+
 const char* const reversed[] = {"y", "n", nullptr};
 
 // What the nodes of chain() share after each edit, whichever allocation fails on the way: all of it, or what it was.
 TEST(chain_component, potentials_follow_every_change) {
     const std::string bc = " CB = 1 2 3 4;";
-    const auto clone = [](q_domain_t owner) {
-        return q_node_clone(&named(owner, "A")) == nullptr ? q_error_code() : q_error_none;
-    };
     const struct {
-        edit change;
+        tested_call change;
         std::string shared, parents_of_a_and_b = "P P";
     } rows[] = {
-        {on(q_node_set_number_of_states, "P", 3), "PAB = 1 2 3 4 5 6 7 8 1 2 3 4;" + bc},
-        {on(q_node_set_number_of_states, "A", 3), "PAB = 1 2 3 4 1 2 5 6 7 8 5 6;" + bc},
-        {on(q_node_set_number_of_states, "B", 1), "PAB = 1 3 5 7; CB = 1 3;"},
-        {on(q_node_reorder_states, "P", reversed), "PAB = 5 6 7 8 1 2 3 4;" + bc},
-        {on(q_node_reorder_states, "B", reversed), "PAB = 2 1 4 3 6 5 8 7; CB = 2 1 4 3;"},
-        {on(q_node_remove_parent, "A", "P"), "AB = 1 2 3 4;" + bc, " P"},
-        {on(q_node_remove_parent_keep_state, "B", "P", 1), "AB = 5 6 7 8;" + bc, "P "},
-        {on(q_node_delete, "P"), "AB = 1 2 3 4;" + bc, " "},
-        {on(q_node_switch_parent, "A", "P", "R"), "RAB = 1 2 3 4 5 6 7 8;" + bc, "R PR"},
-        {on(q_node_add_parent, "C", "P"), "PAB = 1 2 3 4 5 6 7 8;" + bc},
-        {clone, "PAB = 1 2 3 4 5 6 7 8;" + bc},
+        {call(q_node_set_number_of_states, P, 3), "PAB = 1 2 3 4 5 6 7 8 1 2 3 4;" + bc},
+        {call(q_node_set_number_of_states, A, 3), "PAB = 1 2 3 4 1 2 5 6 7 8 5 6;" + bc},
+        {call(q_node_set_number_of_states, B, 1), "PAB = 1 3 5 7; CB = 1 3;"},
+        {call(q_node_reorder_states, P, reversed), "PAB = 5 6 7 8 1 2 3 4;" + bc},
+        {call(q_node_reorder_states, B, reversed), "PAB = 2 1 4 3 6 5 8 7; CB = 2 1 4 3;"},
+        {call(q_node_remove_parent, A, P), "AB = 1 2 3 4;" + bc, " P"},
+        {call(q_node_remove_parent_keep_state, B, P, 1), "AB = 5 6 7 8;" + bc, "P "},
+        {call(q_node_delete, P), "AB = 1 2 3 4;" + bc, " "},
+        {call(q_node_switch_parent, A, P, R), "RAB = 1 2 3 4 5 6 7 8;" + bc, "R PR"},
+        {call(q_node_add_parent, C, P), "PAB = 1 2 3 4 5 6 7 8;" + bc},
+        {call(q_node_clone, A), "PAB = 1 2 3 4 5 6 7 8;" + bc},
         {join("A", "R"), "PAB = 1 2 3 4 5 6 7 8;" + bc + " RA =;", "PR P"},
         {join("RX", "P"), "PAB = 1 2 3 4 5 6 7 8;" + bc + "RX: PRX =;"},
     };
-    const auto state = [](q_domain_t owner) { return shared(owner) + digest(owner); };
+    const auto with_all_tables = [] {
+        owned_domain domain = chain();
+        digest(domain.get());
+        return domain;
+    };
     std::size_t row = 0;
     for (const auto& [change, expected, parents] : rows) {
-        SCOPED_TRACE(row++);
-        const owned_domain undisturbed = chain();
-        const std::string before = state(undisturbed.get());
-        ASSERT_EQ(change(undisturbed.get()), q_error_none);
-        EXPECT_EQ(shared(undisturbed.get()), "ABC: " + expected);
-        EXPECT_EQ(names(named(undisturbed.get(), "A").parents) + ' ' +
-                      names(named(undisturbed.get(), "B").parents),
+        SCOPED_TRACE(row);
+        const owned_domain domain = chain();
+        ASSERT_EQ(change(domain.get(), nodes_of(domain.get())), q_error_none);
+        EXPECT_EQ(shared(domain.get()), "ABC: " + expected);
+        EXPECT_EQ(names(named(domain.get(), "A").parents) + ' ' + names(named(domain.get(), "B").parents),
                   parents);
-        const std::string after = state(undisturbed.get());
-        if (!allocation_faults::are_possible()) continue;
-        for (bool lasting : {false, true}) {
-            bool fired = true;
-            for (std::size_t n = 0; fired && !HasFailure(); ++n) {
-                owned_domain domain = chain();
-                digest(domain.get());  // makes all tables
-                allocation_faults plan(n, lasting);
-                const q_status_t status = change(domain.get());
-                fired = plan.stop();
-                EXPECT_TRUE(status == q_error_none || (fired && status == q_error_no_memory)) << n;
-                EXPECT_EQ(state(domain.get()), status == q_error_none ? after : before) << n;
-                domain.reset();
-                EXPECT_EQ(plan.leaked(), 0u);
-            }
-        }
+        expect_survival(with_all_tables, change, true, row++, state);
     }
 }
 
 TEST(chain_component, refuses_what_would_break_it) {
     const struct {
         q_error_t code;
-        edit change;
+        tested_call change;
     } rows[] = {
-        {q_error_usage, on(q_node_delete, "B")},
-        {q_error_usage, on(q_node_set_category, "B", q_category_decision)},
-        {q_error_cyclic_network, on(q_node_add_parent, "A", "B")},
-        {q_error_cyclic_network, on(q_node_add_parent, "A", "X")},
-        {q_error_cyclic_network, on(q_node_add_parent, "P", "C")},
-        {q_error_cyclic_network, on(q_node_add_parent, "P", "X")},
-        {q_error_cyclic_network, on(q_node_switch_parent, "A", "P", "X")},
+        {q_error_usage, call(q_node_delete, B)},
+        {q_error_usage, call(q_node_set_category, B, q_category_decision)},
+        {q_error_cyclic_network, call(q_node_add_parent, A, B)},
+        {q_error_cyclic_network, call(q_node_add_parent, A, X)},
+        {q_error_cyclic_network, call(q_node_add_parent, P, C)},
+        {q_error_cyclic_network, call(q_node_add_parent, P, X)},
+        {q_error_cyclic_network, call(q_node_switch_parent, A, P, X)},
         {q_error_cyclic_network, join("RA", "C")},
         {q_error_cyclic_network, join("XAR", "")},
         {q_error_cyclic_network, join("AP", "")},
@@ -188,12 +156,7 @@ TEST(chain_component, refuses_what_would_break_it) {
         {q_error_usage, join("RA", "R")},
     };
     std::size_t row = 0;
-    for (const auto& [code, change] : rows) {
-        const owned_domain domain = chain();
-        const std::string before = shared(domain.get()) + digest(domain.get());
-        EXPECT_EQ(change(domain.get()), code) << row;
-        EXPECT_EQ(shared(domain.get()) + digest(domain.get()), before) << row++;
-    }
+    for (const auto& [code, change] : rows) expect_code(chain, code, change, row++, state);
 }
 
 }  // namespace

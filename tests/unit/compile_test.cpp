@@ -1,19 +1,16 @@
 // Compiling domains: the moral graph, the junction forest and the log.
 #include <algorithm>
-#include <cstdio>
-#include <fstream>
 #include <functional>
 #include <random>
 #include <set>
 
 #include <gmock/gmock.h>
 
-#include "allocation_faults.h"
 #include "junction_forest.h"
 #include "moral_graph.h"
-#include "owned_domain.h"
 #include "scenarios.h"
 #include "table.h"
+#include "texts.h"
 
 namespace {
 
@@ -24,32 +21,10 @@ q_node_t add(const owned_domain& domain, const char* name, std::size_t states,
     return new_chance(domain.get(), name, states, parents, letters);
 }
 
-// What is logged meanwhile, without the first line, the time.
-std::string logged(const owned_domain& domain, const auto& action) {
-    const auto path = testing::TempDir() + testing::UnitTest::GetInstance()->current_test_info()->name();
-    q_domain_set_log_file(domain.get(), path.c_str(), 0);
-    action();
-    domain->log.flush();
-    std::string text;
-    std::getline(std::ifstream(path), text, '\0');
-    std::remove(path.c_str());
+// The log of what happens meanwhile, without the first line, the time.
+std::string trace(const owned_domain& domain, const auto& action) {
+    const std::string text = logged(domain.get(), action);
     return text.substr(text.find('\n') + 1);
-}
-
-TEST(MoralGraph, LinksWhatOccursInOneTable) {
-    const owned_domain domain(q_domain_new());
-    q_node_t a = add(domain, "a", 2);
-    q_node_t b = add(domain, "b", 2);
-    add(domain, "u", 0, {a, b}, "uo");  // marries them, is no vertex
-    q_node_t d = add(domain, "d", 2, {a}, "dd");
-    add(domain, "e", 2, {d, b});
-    add(domain, "f", 2, {a, d});  // linked already
-    q_node_t g = add(domain, "g", 2);
-    q_node_t h = add(domain, "h", 2, {b, g}, "fd");  // not linked to them
-    add(domain, "i", 2, {h, a});
-    const std::vector<vertex_set> expected{{1, 2, 4, 6, 7}, {0, 2, 3}, {0, 1, 3, 4}, {1, 2},
-                                           {0, 2},          {},        {0, 7},       {0, 6}};
-    EXPECT_EQ(make_moral_graph(*domain).links.neighbors, expected);
 }
 
 using nodes = std::vector<q_node_t>;
@@ -164,7 +139,7 @@ TEST(Compile, WritesItsTrace) {
     add(domain, "coin", 2);
     for (q_node_t node : {smoke, lung}) q_node_get_table(node);
     EXPECT_EQ(
-        logged(domain, [&] { EXPECT_EQ(q_domain_compile(domain.get()), q_error_none); }),
+        trace(domain, [&] { EXPECT_EQ(q_domain_compile(domain.get()), q_error_none); }),
         "\n\nMoral links:\n\n    Marrying smoking_of_tobacco_or_other_plants and age_in_completed_years\n"
         "\nThis component is a clique of cost 12\nThis component is a clique of cost 4\n"
         "This component is a clique of cost 2\n"
@@ -195,7 +170,7 @@ std::string trace_of(const std::function<q_status_t(q_domain_t, const nodes&)>& 
     q_node_t b = add(domain, "b", 5, {s}), e = add(domain, "e", 4, {l});
     q_node_t d = add(domain, "d", 2, {e, b});
     q_node_t x = new_continuous(domain.get(), "x", {s}), y = new_continuous(domain.get(), "y", {x, d});
-    const std::string text = logged(domain, [&] {
+    const std::string text = trace(domain, [&] {
         EXPECT_EQ(triangulation(domain.get(), {x, y, s, l, b, e, d, nullptr}), q_error_none);
     });
     return text.substr(0, text.find(end));
@@ -288,7 +263,6 @@ TEST(Compile, RefusesWhatItCannotDo) {
 }
 
 TEST(Compile, SurvivesLackOfMemory) {
-    if (!allocation_faults::are_possible()) GTEST_SKIP();
     expect_survives_lack_of_memory({"compile", [] { return random_network(12); }, q_domain_compile});
     expect_survives_lack_of_memory({"search", [] { return random_network(8, true); },
                                     [](q_domain_t domain) { return q_domain_triangulate(domain, 19); }});

@@ -1,10 +1,8 @@
 // Evidence on linked nodes. Nothing public links nodes yet.
-#include <filesystem>
-#include <fstream>
-
 #include "allocation_faults.h"
 #include "network_building.h"
 #include "node.h"
+#include "texts.h"
 
 namespace {
 
@@ -65,19 +63,18 @@ TEST(linked_nodes, take_evidence_from_each_other) {
 TEST(linked_nodes, are_written_to_case_files_as_those_they_are_linked_to) {
     chain tested("cd");
     const auto& n = tested.n;
-    const std::string path = testing::TempDir() + "linked.case";
+    const temporary_file file;
     const char* const names[] = {"first", "second", "third"};
     for (std::size_t i = 0; i < 3; ++i) q_node_set_name(n[i], names[i]);
     q_node_set_label(n[1], "L");
     q_node_select_state(n[0], 1);
     q_node_select_state(n[1], 0);
-    EXPECT_EQ(q_domain_save_case(tested.domains[0].get(), path.c_str()), q_error_none);
-    EXPECT_EQ((std::stringstream() << std::ifstream(path).rdbuf()).str(), "second: #0\t% \"L\"\n");
+    EXPECT_EQ(q_domain_save_case(tested.domains[0].get(), file.path.c_str()), q_error_none);
+    EXPECT_EQ(file.contents(), "second: #0\t% \"L\"\n");
 
-    std::ofstream(path) << "first: (0.5 1)";
-    EXPECT_EQ(q_domain_parse_case(tested.domains[0].get(), path.c_str(), nullptr, nullptr), q_error_none);
+    std::ofstream(file.path) << "first: (0.5 1)";
+    EXPECT_EQ(q_domain_parse_case(tested.domains[0].get(), file.path.c_str(), nullptr, nullptr), 0);
     EXPECT_EQ(tested.selected(), (states{-2, -2, -2}));
-    std::filesystem::remove(path);
 }
 
 TEST(linked_nodes, take_all_or_nothing) {
