@@ -83,13 +83,13 @@ private:
         void refresh(const workers& allowed) {
             if (is_current()) return;
             auto made = conditional_distributions(*component, allowed);
-            made_from.clear();
-            made_from.reserve(component->members.size());
+            std::vector<std::vector<double>> from;
             for (node* member : component->members) {
                 const number_array& numbers = own_table(*member).data;
-                made_from.emplace_back(numbers.begin(), numbers.end());
+                from.emplace_back(numbers.begin(), numbers.end());
             }
             tables = std::move(made);
+            made_from = std::move(from);
         }
     };
 

@@ -57,7 +57,7 @@ void random_generator::start(uint32_t seed) noexcept {
     constexpr std::size_t warm_up = 10 * (2 * long_lag - 1);
     skip(warm_up);
     advance(position_);
-    std::ranges::rotate(numbers_, numbers_.begin() + static_cast<std::ptrdiff_t>(position_));
+    std::rotate(numbers_.begin(), numbers_.begin() + static_cast<std::ptrdiff_t>(position_), numbers_.end());
     position_ = 0;
 }
 

@@ -478,13 +478,18 @@ TEST(drawing, survives_lack_of_memory) {
         for (const char* text : {chain, functions, function_of_value}) {
             const auto build = [=] {
                 owned_domain made(q_net_parse_domain(text, nullptr, nullptr));
+                q_domain_simulate(made.get());
+                q_node_t const member = q_domain_get_node_by_name(made.get(), "d");  // of a chain component
+                if (member != nullptr) set_data(q_node_get_table(member), {0.0, 1.0});
                 if (compiled) q_domain_compile(made.get());
                 if (compiled) q_domain_propagate(made.get(), q_equilibrium_sum, q_mode_normal);
                 return made;
             };
             const auto draw = [](q_domain_t domain) {
                 const q_status_t status = q_domain_simulate(domain);
+                q_node_t const member = q_domain_get_node_by_name(domain, "d");
                 q_node_t const f = q_domain_get_node_by_name(domain, "twice");
+                EXPECT_TRUE(status != q_error_none || !member || q_node_get_sampled_state(member) == 1);
                 if (status != q_error_none || f == nullptr) return status;
                 return outcome(q_node_get_sampled_value(f));
             };
