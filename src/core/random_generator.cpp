@@ -17,13 +17,11 @@ double add_modulo_1(double a, double b) noexcept {
 
 }  // namespace
 
-random_generator::random_generator(uint32_t seed) noexcept { start(seed & 0x3fffffff); }
-
 // The sequence begins at the power of a polynomial that the seed, with 70 bits, is the exponent of.
-void random_generator::start(uint32_t seed) noexcept {
+void random_generator::start() noexcept {
     constexpr int rounds = 70;
     std::array<double, 2 * long_lag - 1> powers{};
-    double bootstrap = 2 * unit * (seed + 2.0);
+    double bootstrap = 2 * unit * (seed_ + 2.0);
     for (std::size_t j = 0; j < long_lag; ++j) {
         powers[j] = bootstrap;
         bootstrap += bootstrap;
@@ -31,7 +29,7 @@ void random_generator::start(uint32_t seed) noexcept {
     }
     powers[1] += unit;
 
-    uint32_t bits = seed;
+    uint32_t bits = seed_;
     for (int round = rounds - 1; round > 0;) {
         for (std::size_t j = long_lag - 1; j > 0; --j) {  // square
             powers[2 * j] = powers[j];
@@ -73,11 +71,17 @@ void random_generator::skip(std::size_t count) noexcept {
     for (position_ += count; position_ >= long_lag; position_ -= long_lag) advance();
 }
 
-double random_generator::uniform() noexcept {
-    if (left_in_run_ == 0) {
+void random_generator::start_run() noexcept {
+    if (is_started_)
         skip(skipped);
-        left_in_run_ = run_length;
-    }
+    else
+        start();
+    is_started_ = true;
+    left_in_run_ = run_length;
+}
+
+double random_generator::uniform() noexcept {
+    if (left_in_run_ == 0) start_run();
     if (position_ == long_lag) skip(0);
     --left_in_run_;
     return numbers_[position_++];

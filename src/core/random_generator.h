@@ -10,8 +10,8 @@ namespace quarn {
 
 class random_generator {
 public:
-    // The low 30 bits of the seed count.
-    explicit random_generator(uint32_t seed = 310952) noexcept;
+    // The low 30 bits of the seed count. The sequence is not started before it is used, since that takes a while.
+    explicit random_generator(uint32_t seed = 310952) noexcept : seed_(seed & 0x3fffffff) {}
 
     // From 0 to below 1. Of every 1009 numbers of the sequence 100 are used.
     double uniform() noexcept;
@@ -24,7 +24,8 @@ private:
     static constexpr std::size_t run_length = 100;
     static constexpr std::size_t skipped = 909;
 
-    void start(uint32_t seed) noexcept;
+    void start() noexcept;
+    void start_run() noexcept;
     void skip(std::size_t count) noexcept;
     // Replaces the first numbers, as many as asked for, by those that follow the last one.
     void advance(std::size_t count = long_lag) noexcept;
@@ -32,7 +33,9 @@ private:
     std::array<double, long_lag>
         numbers_{};  // that follow each other, the one at position_ first or next to be used
     std::size_t position_ = 0;
-    std::size_t left_in_run_ = run_length;
+    std::size_t left_in_run_ = 0;
+    uint32_t seed_;
+    bool is_started_ = false;
 };
 
 }  // namespace quarn
