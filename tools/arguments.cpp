@@ -12,7 +12,7 @@ CLI::App& add_command(CLI::App& commands, const char* name, const char* descript
                       const char* explanations) {
     CLI::App* command = commands.add_subcommand(name, description);
     command->group("Commands");
-    command->add_option("MODEL", model_file, "The network, in the NET language")
+    command->add_option("MODEL", model_file, "The network, as NET text; - for standard input")
         ->type_name("FILE")
         ->required();
     command->footer(explanations);
@@ -59,6 +59,17 @@ std::optional<size_t> parse_whole_number(std::string_view text) {
     const auto [end, problem] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (problem == std::errc::invalid_argument || end != text.data() + text.size()) return {};
     return number;
+}
+
+std::vector<std::string> words_of(std::string_view type_name) {
+    std::vector<std::string> words;
+    if (type_name.find('|') == std::string_view::npos) return words;
+    for (;;) {
+        const size_t end = std::min(type_name.find('|'), type_name.size());
+        words.emplace_back(type_name.substr(0, end));
+        if (end == type_name.size()) return words;
+        type_name.remove_prefix(end + 1);
+    }
 }
 
 }  // namespace tool

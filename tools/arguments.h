@@ -33,4 +33,7 @@ std::vector<q_node_t> shown_nodes(const model& asked, const std::vector<std::str
 // The number that nothing but decimal digits say, the largest where they say more; nothing for another text.
 std::optional<size_t> parse_whole_number(std::string_view text);
 
+// An option that takes one of a few words has the type name "WORD|WORD|...". Nothing for other type names.
+std::vector<std::string> words_of(std::string_view type_name);
+
 }  // namespace tool

@@ -115,13 +115,6 @@ void require_discrete_chance(const model& asked, const char* what) {
                                   " is " + sort_of(node));
 }
 
-size_t best_state(q_node_t node) {
-    size_t best = 0;
-    for (size_t state = 1; state < q_node_get_number_of_states(node); ++state)
-        if (q_node_get_belief(node, state) > q_node_get_belief(node, best)) best = state;
-    return best;
-}
-
 // Whether other states may be as good, but for rounding errors.
 bool is_tied(q_node_t node, size_t best) {
     constexpr double nearly_one = 1 - 1e-9;
@@ -179,12 +172,12 @@ model_beliefs compute_configuration(model& asked, const std::vector<q_node_t>& s
     asked.compute(q_equilibrium_max);
     // The best states of several nodes need not go together while one of them has others that are as good.
     for (const q_node_t node : asked.nodes()) {
-        const size_t best = best_state(node);
+        const size_t best = most_probable_state(node);
         if (!is_tied(node, best)) continue;
         fix_state(asked, node, best);
         asked.compute(q_equilibrium_max);
     }
-    for (size_t i = 0; i < shown.size(); ++i) result.nodes[i].configured = best_state(shown[i]);
+    for (size_t i = 0; i < shown.size(); ++i) result.nodes[i].configured = most_probable_state(shown[i]);
     result.of_configuration = last_probability(asked);
     return result;
 }

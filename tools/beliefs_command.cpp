@@ -88,7 +88,8 @@ void add_beliefs_command(CLI::App& commands, beliefs_options& options) {
     CLI::App& command = add_command(commands, "beliefs", "Print the beliefs of all nodes given evidence",
                                     options.model, explanations);
     add_evidence(command, options.evidence, options.case_file);
-    command.add_option("--mode", options.mode, "normal (the default) or fast-retraction")->type_name("MODE");
+    command.add_option("--mode", options.mode, "Which evidence counts, see below (normal)")
+        ->type_name("normal|fast-retraction");
     command.add_flag("--max", options.max, "Print a most probable configuration instead");
     add_node_list(command, "-n,--nodes", options.nodes, "Print these nodes only, in this order");
     const auto set_top = [&options](const std::string& text) { options.top = parse_count(text); };

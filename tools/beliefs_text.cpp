@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "beliefs.h"
+#include "emphasis.h"
 #include "terminal.h"
 #include "text_columns.h"
 
@@ -67,7 +68,8 @@ std::string node_as_text(const node_beliefs& node, size_t width, double largest)
 }
 
 std::string configuration_line(const node_beliefs& node) {
-    return visible_line(node.node + " = " + title(node, *node.configured) + evidence_note(node.entered));
+    return in_bold(visible(node.node), stdout) +
+           visible_line(" = " + title(node, *node.configured) + evidence_note(node.entered));
 }
 
 // The logarithm too.
@@ -85,7 +87,7 @@ std::string title(const node_beliefs& node, size_t state) {
 }
 
 std::string heading(const node_beliefs& node) {
-    std::string text = node.node;
+    std::string text;
     if (!node.label.empty() && node.label != node.node) text.append(" (").append(node.label).append(")");
     if (node.category == q_category_decision) text += "  [decision]";
     text += evidence_note(node.entered);
@@ -99,7 +101,7 @@ std::string heading(const node_beliefs& node) {
             .append(", SD ")
             .append(format_number(std::sqrt(node.moments->variance)))
             .append("]");
-    return visible_line(text);
+    return in_bold(visible(node.node), stdout) + visible_line(text);
 }
 
 std::string nodes_as_text(const model_beliefs& shown) {

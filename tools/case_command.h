@@ -19,7 +19,7 @@ struct case_options {
 // Adds the command to the tool's; `options` takes what is parsed.
 void add_case_command(CLI::App& commands, case_options& options);
 
-// What the command prints: nothing.
+// What the command prints: the case where it goes to standard output.
 std::string run_case(const case_options& options);
 
 }  // namespace tool

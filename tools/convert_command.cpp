@@ -20,7 +20,7 @@ constexpr const char* explanations =
     "  2  the command line is wrong\n"
     "\n"
     "Example:\n"
-    "  quarn convert old.net new.net\n"
+    "  quarn convert chest_clinic.net copy.net\n"
     "  quarn convert chest_clinic.net -";
 
 [[noreturn]] void fail(const convert_options& options) {
@@ -34,7 +34,9 @@ constexpr const char* explanations =
 void add_convert_command(CLI::App& commands, convert_options& options) {
     CLI::App& command =
         add_command(commands, "convert", "Read a network and write it again", options.model, explanations);
-    command.add_option("OUT", options.output, "The file to be written")->type_name("FILE")->required();
+    command.add_option("OUT", options.output, "The file to be written; - for standard output")
+        ->type_name("FILE")
+        ->required();
 }
 
 std::string run_convert(const convert_options& options) {

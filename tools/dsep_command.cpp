@@ -73,9 +73,8 @@ std::string as_json(const names& connected, const names& separated, const dsep_o
 }  // namespace
 
 void add_dsep_command(CLI::App& commands, dsep_options& options) {
-    CLI::App& command =
-        add_command(commands, "dsep", "Print which nodes are d-connected to others, and which d-separated",
-                    options.model, explanations);
+    CLI::App& command = add_command(commands, "dsep", "Print which nodes are d-connected to others",
+                                    options.model, explanations);
     add_node_list(command, "-s,--source", options.sources, "The nodes that something is learnt of")
         ->required();
     add_node_list(command, "-g,--given", options.given, "Nodes that are observed");

@@ -12,8 +12,7 @@ namespace tool {
 
 struct evidence {
     std::string node;
-    std::string state;            // or value
-    std::vector<double> weights;  // instead of it, unless empty
+    std::string finding;  // as a finding_reader takes it
 };
 
 // Fail with usage_failure: an argument in another form, or two for the same node.

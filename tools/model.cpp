@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "nearest.h"
 #include "open_decision.h"
 #include "source_file.h"
 #include "table_fault.h"
@@ -20,8 +21,12 @@ bool is_of_function(q_error_t code) {
 
 domain_owner read_domain(const std::string& name) {
     if (name.empty()) throw usage_failure("the name of the MODEL file is missing");
+    return read_domain(name, source_file(name).path());
+}
+
+domain_owner read_domain(const std::string& name, const std::string& path) {
     source_file file(name);
-    domain_owner domain(q_net_parse_domain(file.path().c_str(), source_file::hear, &file));
+    domain_owner domain(q_net_parse_domain(path.c_str(), source_file::hear, &file));
     file.finish(q_error_code());
     return domain;
 }
@@ -31,7 +36,9 @@ std::string net_text(q_domain_t domain) {
     return text == nullptr ? "" : text.get();
 }
 
-model::model(const std::string& file) : file_(file), domain_(read_domain(file)) {
+model::model(const std::string& file) : model(file, read_domain(file)) {}
+
+model::model(const std::string& file, domain_owner read) : file_(file), domain_(std::move(read)) {
     for (q_node_t node = q_domain_get_first_node(domain()); node != nullptr; node = q_node_get_next(node))
         nodes_.push_back(node);
     if (nodes_.empty()) throw command_failure(file + ": the network has no nodes");
@@ -40,8 +47,10 @@ model::model(const std::string& file) : file_(file), domain_(read_domain(file)) 
 
 q_node_t model::node_called(const std::string& name) const {
     const q_node_t node = q_domain_get_node_by_name(domain(), name.c_str());
-    if (node == nullptr) throw command_failure(file_ + ": there is no node " + name);
-    return node;
+    if (node != nullptr) return node;
+    std::vector<std::string> names;
+    for (const q_node_t known : nodes_) names.emplace_back(q_node_get_name(known));
+    throw command_failure(file_ + ": there is no node " + name + did_you_mean(name, names));
 }
 
 void model::require_computable() const {
@@ -76,6 +85,13 @@ std::vector<q_node_t> conditioning_nodes(q_node_t node) {
     for (; member != nullptr && *member != nullptr; ++member)
         if (*member != node && q_node_get_kind(*member) == q_kind_discrete) nodes.push_back(*member);
     return nodes;
+}
+
+size_t most_probable_state(q_node_t node) {
+    size_t best = 0;
+    for (size_t state = 1; state < q_node_get_number_of_states(node); ++state)
+        if (q_node_get_belief(node, state) > q_node_get_belief(node, best)) best = state;
+    return best;
 }
 
 std::string sort_of(q_node_t node) {

@@ -17,6 +17,8 @@ using domain_owner = std::unique_ptr<std::remove_pointer_t<q_domain_t>, domain_d
 
 // Reads a NET file, `-` for standard input; its errors and warnings go to standard error as "file:line: message".
 domain_owner read_domain(const std::string& name);
+// The same where the text of that file lies elsewhere.
+domain_owner read_domain(const std::string& name, const std::string& path);
 
 // The network in the NET language; empty where that fails.
 std::string net_text(q_domain_t domain);
@@ -25,6 +27,8 @@ class model {
 public:
     // Reads a NET file that has nodes.
     explicit model(const std::string& file);
+    // The network that was read from that file.
+    model(const std::string& file, domain_owner read);
 
     const std::string& file() const noexcept { return file_; }
     q_domain_t domain() const noexcept { return domain_.get(); }
@@ -52,6 +56,9 @@ private:
 
 // The discrete parents of a node as they stand in its table, the last one varying fastest.
 std::vector<q_node_t> conditioning_nodes(q_node_t node);
+
+// The first one of those with the largest belief.
+size_t most_probable_state(q_node_t node);
 
 // "a decision", "continuous", and so on.
 std::string sort_of(q_node_t node);

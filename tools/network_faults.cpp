@@ -23,10 +23,6 @@ std::string begin_of(q_node_t node) { return std::string("node ") + q_node_get_n
 
 bool is_discrete(q_node_t node) { return q_node_get_kind(node) == q_kind_discrete; }
 bool is_function(q_node_t node) { return q_node_get_category(node) == q_category_function; }
-bool needs_data(q_node_t node) {
-    if (is_function(node)) return is_discrete(node) && q_node_get_model(node) == nullptr;
-    return q_node_get_category(node) != q_category_decision;
-}
 
 // Whether the numbers in the table are to be distributions that the model itself makes no others of.
 bool has_probabilities(q_node_t node) {

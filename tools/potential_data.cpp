@@ -36,6 +36,12 @@ described_nodes find_described(q_domain_t domain) {
     return found;
 }
 
+bool needs_data(q_node_t node) {
+    if (q_node_get_category(node) == q_category_function)
+        return q_node_get_kind(node) == q_kind_discrete && q_node_get_model(node) == nullptr;
+    return q_node_get_category(node) != q_category_decision;
+}
+
 void warn_of_models_without_data(const model& asked) {
     if (std::ranges::none_of(asked.nodes(), has_idle_model)) return;
     const described_nodes described = find_described(asked.domain());

@@ -1,5 +1,6 @@
 #include "progress.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <unistd.h>
 
@@ -22,8 +23,12 @@ void progress::show(size_t done) noexcept {
     if (now < next_) return;
     next_ = now + std::chrono::milliseconds(250);
     is_shown_ = true;
+    if (total_ == 0) {
+        std::fprintf(stderr, "%s%zu %s", clear_line, done, what_);
+        return;
+    }
     constexpr int width = 30;
-    const double part = static_cast<double>(done) / static_cast<double>(total_);
+    const double part = std::min(1.0, static_cast<double>(done) / static_cast<double>(total_));
     const double left = std::chrono::duration<double>(now - start_).count() * (1 / part - 1);
     const int filled = static_cast<int>(part * width);
     std::fprintf(stderr, "%s[%.*s%*s] %3d%% of %zu %s, %.0f s left", clear_line, filled,

@@ -9,6 +9,7 @@ namespace tool {
 // One line on standard error, where that is a terminal, from the first second on; it is gone at the end.
 class progress {
 public:
+    // The total is 0 where it is not known.
     progress(size_t total, const char* what, bool is_wanted);
     ~progress();
     progress(const progress&) = delete;
@@ -17,7 +18,9 @@ public:
     // Costs next to nothing: mostly not even a look at the clock.
     void reach(size_t done) noexcept {
         constexpr size_t step = 64;
-        if (is_wanted_ && done % step == 0) show(done);
+        if (!is_wanted_ || done - looked_at_ < step) return;
+        looked_at_ = done;
+        show(done);
     }
 
 private:
@@ -29,6 +32,7 @@ private:
     const char* what_;
     bool is_wanted_;
     bool is_shown_ = false;
+    size_t looked_at_ = 0;
     clock::time_point start_ = clock::now();
     clock::time_point next_ = start_ + std::chrono::seconds(1);
 };

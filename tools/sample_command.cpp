@@ -26,8 +26,8 @@ constexpr const char* explanations =
     "Evidence is written as for quarn beliefs. Without any but states of decisions\n"
     "each node is drawn given its parents; with any, and where there are discrete\n"
     "functions, the network is compiled, and cases are drawn given the evidence. Open\n"
-    "decisions are drawn from their policies. A discrete function is in the state that\n"
-    "quarn beliefs computes for it, which is the same in all cases.\n"
+    "decisions are drawn from their policies. A discrete function is in the state\n"
+    "that quarn beliefs computes for it, which is the same in all cases.\n"
     "\n"
     "The same arguments give the same cases. --seed gives others; the low 30 bits\n"
     "count, and without it the seed is 310952.\n"
@@ -42,7 +42,7 @@ constexpr const char* explanations =
     "\n"
     "Example:\n"
     "  quarn sample chest_clinic.net -n 1000 -o cases.csv\n"
-    "  quarn sample chest_clinic.net -n 20 --seed 7 -e xray=yes --nodes cancer,smoking\n"
+    "  quarn sample chest_clinic.net -n 9 --seed 7 -e xray=yes --nodes cancer,smoking\n"
     "  quarn sample oil_wildcatter.net -n 5 -e test=yes";
 
 // More than fits is as good as the most.
@@ -107,7 +107,7 @@ void add_sample_command(CLI::App& commands, sample_options& options) {
     add_node_list(command, "--nodes", options.nodes, "Write these nodes only, in this order");
     command.add_option("-o,--output", options.output)
         ->type_name("FILE")
-        ->description("The file to be written; - for standard output, the default");
+        ->description("The file to be written (standard output)");
 }
 
 void run_sample(const sample_options& options) {

@@ -1,22 +1,10 @@
 #include "sample_csv.h"
 
-#include <array>
-#include <charconv>
-
+#include "csv_text.h"
 #include "terminal.h"
 #include "tool_failure.h"
 
 namespace tool {
-namespace {
-
-std::string quoted(const std::string& text) {
-    if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
-    std::string result = "\"";
-    for (const char c : text) result.append(c == '"' ? 2 : 1, c);
-    return result += '"';
-}
-
-}  // namespace
 
 sample_csv::sample_csv(const model& sampled, const std::vector<q_node_t>& nodes)
     // A line must not be empty.
@@ -24,7 +12,7 @@ sample_csv::sample_csv(const model& sampled, const std::vector<q_node_t>& nodes)
     for (const q_node_t node : nodes) {
         column& added = columns_.emplace_back(column{node});
         if (q_node_get_kind(node) == q_kind_discrete)
-            for (const std::string& name : state_names(node)) added.states.push_back(quoted(name));
+            for (const std::string& name : state_names(node)) append_field(added.states.emplace_back(), name);
         else
             added.number_of = q_node_get_category(node) == q_category_utility ? q_node_get_sampled_utility
                                                                               : q_node_get_sampled_value;
@@ -58,8 +46,7 @@ void sample_csv::append_number(column& shown, std::string& text) {
         text += no_value_;
         return;
     }
-    std::array<char, 32> digits;
-    text.append(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr);
+    tool::append_number(text, number);
 }
 
 void sample_csv::report_missing_values() const {

@@ -67,6 +67,13 @@ std::vector<link_names> remove_needless_links(const model& asked) {
     return removed;
 }
 
+std::vector<policy> read_policies(const model& asked) {
+    std::vector<policy> policies;
+    for (const q_node_t decision : nodes_of(asked, q_category_decision))
+        policies.push_back(read_policy(asked, decision));
+    return policies;
+}
+
 solution solve(model& asked) {
     const std::vector<q_node_t> decisions = nodes_of(asked, q_category_decision);
     const std::vector<q_node_t> utilities = nodes_of(asked, q_category_utility);
@@ -77,7 +84,7 @@ solution solve(model& asked) {
     require_all_computed(before);
     if (q_domain_update_policies(asked.domain()) != q_error_none) fail_with_library_error(asked.file());
     solution found{compute_beliefs(asked, utilities, q_mode_normal), *before.expected_utility};
-    for (const q_node_t decision : decisions) found.policies.push_back(read_policy(asked, decision));
+    found.policies = read_policies(asked);
     return found;
 }
 

@@ -40,12 +40,19 @@ void set_uniform_policies(const model& asked);
 // Removes the links into decisions that no policy needs to look at.
 std::vector<link_names> remove_needless_links(const model& asked);
 
+// The policies of all decisions, as they are.
+std::vector<policy> read_policies(const model& asked);
+
 // Improves the policies with which the model begins. Fails when there are no decisions, or no utilities.
 solution solve(model& asked);
 
 // Finds the configurations that cannot occur given the evidence, whatever is decided. Leaves no decisions in the model.
 void mark_impossible_rows(model& asked, std::vector<policy>& policies);
 
+// What a row says: the states to choose.
+std::string choice(const node_beliefs& decision, const policy_row& row);
+// The states of the parents in one of so many rows.
+std::vector<std::string> states_in(const std::vector<node_beliefs>& parents, size_t row, size_t rows);
 // Tables to read.
 std::string solution_as_text(const solution& shown);
 // One object, described in docs/command.md, in the style of beliefs_as_json().

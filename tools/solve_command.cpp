@@ -24,15 +24,15 @@ constexpr const char* explanations =
     "  without zeros lead to the global optimum, in the first cycle. In general the\n"
     "  result is a local optimum: no single policy can be improved, several together\n"
     "  perhaps.\n"
-    "  --start file: the policies in MODEL. The result is never worse than these; from\n"
-    "  policies with zeros it may be another local optimum.\n"
+    "  --start file: the policies in MODEL. The result is never worse than these;\n"
+    "  from policies with zeros it may be another local optimum.\n"
     "  --minimize: links into decisions that no best policy needs, as the diagram\n"
     "  shows without regard to evidence, are removed before, and listed. Policies in\n"
     "  MODEL keep what they hold for the first state of the parent.\n"
     "\n"
     "What is printed:\n"
-    "  The policy of each decision: for each configuration of its parents the state to\n"
-    "  choose; where several states get weight, those and their weights. \"(cannot\n"
+    "  The policy of each decision: for each configuration of its parents the state\n"
+    "  to choose; where several states get weight, those and their weights. \"(cannot\n"
     "  occur)\": not with the evidence, whatever is decided. Then what is expected of\n"
     "  each utility node, and of all together before and after.\n"
     "\n"
@@ -52,8 +52,8 @@ void add_solve_command(CLI::App& commands, solve_options& options) {
     CLI::App& command =
         add_command(commands, "solve", "Find the best policies of decisions", options.model, explanations);
     add_evidence(command, options.evidence, options.case_file);
-    command.add_option("--start", options.start, "Policies to begin with: uniform (the default) or file")
-        ->type_name("POLICIES");
+    command.add_option("--start", options.start, "Policies to begin with, see below (uniform)")
+        ->type_name("uniform|file");
     command.add_flag("--minimize", options.minimize, "Remove links into decisions that do not matter");
     command.add_flag("--json", options.json, "Print JSON, with numbers in full precision");
 }

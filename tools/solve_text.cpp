@@ -9,29 +9,6 @@ namespace {
 
 using line = std::vector<std::string>;  // one text for each column
 
-std::string choice(const node_beliefs& decision, const policy_row& row) {
-    if (!row.is_possible) return "(cannot occur)";
-    const auto chosen = std::ranges::count_if(row.weights, [](double weight) { return weight > 0; });
-    std::string text;
-    for (size_t state = 0; state < row.weights.size(); ++state) {
-        if (!(row.weights[state] > 0)) continue;
-        text += (text.empty() ? "" : ", ") + title(decision, state);
-        if (chosen > 1) text += " " + format_number(row.weights[state]);
-    }
-    return text;
-}
-
-// The states of the parents in one of so many rows.
-line states_in(const std::vector<node_beliefs>& parents, size_t row, size_t rows) {
-    line states;
-    for (const node_beliefs& parent : parents) {
-        rows /= parent.states.size();
-        states.push_back(title(parent, row / rows));
-        row %= rows;
-    }
-    return states;
-}
-
 std::string policy_as_text(const policy& shown) {
     std::vector<line> lines(1);
     for (const node_beliefs& parent : shown.parents) lines.front().push_back(parent.node);
@@ -61,6 +38,28 @@ std::string links_as_text(const std::vector<link_names>& links) {
 }
 
 }  // namespace
+
+std::string choice(const node_beliefs& decision, const policy_row& row) {
+    if (!row.is_possible) return "(cannot occur)";
+    const auto chosen = std::ranges::count_if(row.weights, [](double weight) { return weight > 0; });
+    std::string text;
+    for (size_t state = 0; state < row.weights.size(); ++state) {
+        if (!(row.weights[state] > 0)) continue;
+        text += (text.empty() ? "" : ", ") + title(decision, state);
+        if (chosen > 1) text += " " + format_number(row.weights[state]);
+    }
+    return text;
+}
+
+std::vector<std::string> states_in(const std::vector<node_beliefs>& parents, size_t row, size_t rows) {
+    std::vector<std::string> states;
+    for (const node_beliefs& parent : parents) {
+        rows /= parent.states.size();
+        states.push_back(title(parent, row / rows));
+        row %= rows;
+    }
+    return states;
+}
 
 std::string solution_as_text(const solution& shown) {
     std::string text;

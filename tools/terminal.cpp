@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "emphasis.h"
+
 namespace tool {
 namespace {
 
@@ -60,6 +62,15 @@ std::string visible(std::string_view text) {
 
 std::string visible_line(std::string_view text) { return visible(text) + "\n"; }
 
-void report(std::string_view line) { std::fputs(visible_line(line).c_str(), stderr); }
+void report(std::string_view line) {
+    const size_t subject = line.find(": ");
+    std::string text;
+    if (subject != std::string_view::npos) {
+        const std::string shown = visible(line.substr(0, subject + 1));
+        text = shown == "quarn:" ? in_red(shown, stderr) : in_bold(shown, stderr);
+        line.remove_prefix(subject + 1);
+    }
+    std::fputs((text + visible_line(line)).c_str(), stderr);
+}
 
 }  // namespace tool

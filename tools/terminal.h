@@ -12,7 +12,7 @@ std::string visible(std::string_view text);
 // The same, as a line of its own.
 std::string visible_line(std::string_view text);
 
-// Writes a line to standard error.
+// Writes a line to standard error. What it is about, up to a colon, stands out.
 void report(std::string_view line);
 
 }  // namespace tool

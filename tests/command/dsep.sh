@@ -33,7 +33,7 @@ fi
 
 # --- What cannot be done, and wrong command lines
 expect 1 "quarn: $clinic: there is no node lungs" "$clinic" -s asia,lungs
-expect 1 "quarn: $clinic: there is no node [asia" "$clinic" -s asia -g '[asia,xray]'
+expect 1 "quarn: $clinic: there is no node [asia; did you mean asia?" "$clinic" -s asia -g '[asia,xray]'
 expect 1 "quarn: $clinic: there is no node \\x1b" "$clinic" -s asia --soft $'\e'
 expect 1 "quarn: $work/none.net: cannot be read: No such file or directory" "$work/none.net" -s asia
 expect 1 "quarn: $oil: node profit is a utility: it can be no source and takes no evidence" "$oil" -s profit
