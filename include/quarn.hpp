@@ -291,10 +291,11 @@ public:
 
     /** Reads a network from NET text. errors: q_error_parse: also when the text does not begin as a network */
     static domain parse(const std::string& text, std::vector<message>* warnings = nullptr) {
-        detail::reports reports{text.c_str()};
-        domain read(q_net_parse_domain(text.c_str(), detail::reports::add, &reports));
-        if (q_error_code() == q_error_io)  // it was taken for the name of a file
-            throw error(q_error_parse, "the text does not begin as a network");
+        // What is no network would be taken for the name of a file; with a blank in front there is none of that name.
+        const std::string source = " " + text;
+        detail::reports reports{source.c_str(), {}, 1};
+        domain read(q_net_parse_domain(source.c_str(), detail::reports::add, &reports));
+        if (q_error_code() == q_error_io) throw error(q_error_parse, "the text does not begin as a network");
         reports.check("NET text");
         if (warnings != nullptr) *warnings = std::move(reports.messages);
         return read;

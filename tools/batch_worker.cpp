@@ -70,7 +70,8 @@ void batch_worker::answer_row(const case_block& block, const case_row& row, answ
 
 void batch_worker::enter_row(const case_block& block, const case_row& row) {
     if (row.field_count != columns_.count)
-        throw command_failure("the row has " + std::to_string(row.field_count) + " fields instead of " +
+        throw command_failure("the row has " + std::to_string(row.field_count) +
+                              (row.field_count == 1 ? " field instead of " : " fields instead of ") +
                               std::to_string(columns_.count));
     for (size_t i = 0; i < readers_.size(); ++i) {
         const auto& [node, reader] = readers_[i];

@@ -33,11 +33,8 @@ std::string number_line(const std::string& name, size_t width, double value) {
     return "  " + padded(name, width) + format_number(value) + "\n";
 }
 
-// Not a number stands for what could not be computed.
-std::string format_result(double result) { return std::isnan(result) ? "N/A" : format_number(result); }
-
 std::string format_utility(double utility, double largest) {
-    return format_result(std::abs(utility) < 1e-15 * largest ? 0 : utility);
+    return format_number(std::abs(utility) < 1e-15 * largest ? 0 : utility);
 }
 
 std::string belief_line(const node_beliefs& node, size_t state, size_t width, double largest) {
@@ -74,8 +71,8 @@ std::string configuration_line(const node_beliefs& node) {
 
 // The logarithm too.
 std::string probability_lines(const std::string& name, const probability& shown, size_t width) {
-    return padded("P(" + name + ")", width) + format_result(shown.p) + "\n" +
-           padded("log P(" + name + ")", width) + format_result(shown.log_p) + "\n";
+    return padded("P(" + name + ")", width) + format_number(shown.p) + "\n" +
+           padded("log P(" + name + ")", width) + format_number(shown.log_p) + "\n";
 }
 
 }  // namespace

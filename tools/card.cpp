@@ -92,7 +92,7 @@ std::string format_briefly(double value) {
 void add_number(card& made, const node_beliefs& node, const model_beliefs& results) {
     if (node.moments) {
         const auto [mean, variance] = *node.moments;
-        made.is_certain = !(variance > 0);
+        made.is_certain = variance == 0;
         made.number = format_briefly(mean);
         made.caption = "value";
         if (made.is_certain) return;
@@ -128,7 +128,7 @@ card make_card(const node_beliefs& node, const model_beliefs& results, card_cont
     made.beside = has_utilities && node.entered.weights.empty() ? "utility" : "";
     if (made.rows.empty())
         add_number(made, node, results);
-    else if (node.moments && node.moments->variance > 0)
+    else if (node.moments && node.moments->variance != 0)
         made.caption = "mean " + format_briefly(node.moments->mean) + ", SD " +
                        format_briefly(std::sqrt(node.moments->variance));
     return made;

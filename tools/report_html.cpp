@@ -11,8 +11,6 @@
 namespace tool {
 namespace {
 
-std::string format(double value) { return std::isnan(value) ? "N/A" : format_number(value); }
-
 // Of a change: two decimals are enough.
 std::string format_move(double moved) {
     constexpr double least = 0.005;
@@ -120,8 +118,8 @@ std::string belief_card(const node_beliefs& node, const node_beliefs* before, co
             element("span", {{"class", "moved"}}, markup("moved " + format_move(*node.moved))) + caption;
     if (node.moments)
         caption += element("span", {{"class", "name"}},
-                           " mean " + format(node.moments->mean) + ", SD " +
-                               format(std::sqrt(node.moments->variance)));
+                           " \u00B7 mean " + format_number(node.moments->mean) + ", SD " +
+                               format_number(std::sqrt(node.moments->variance)));
     std::string head;
     for (const char* column : {"State", "Bar", "Belief"}) head += element("th", {{"scope", "col"}}, column);
     const bool has_utilities = !node.expected_utilities.empty();
@@ -190,13 +188,13 @@ std::string continuous_section(const network_report& shown) {
         const node_beliefs& node = nodes[i];
         if (!node.states.empty() || !node.moments) continue;
         const auto [mean, variance] = *node.moments;
-        std::vector<std::string> row = {names(node), format(mean), format(std::sqrt(variance)),
-                                        format(variance)};
+        std::vector<std::string> row = {names(node), format_number(mean), format_number(std::sqrt(variance)),
+                                        format_number(variance)};
         if (node.entered.value) row.front() += " " + element("span", {{"class", "name"}}, "observed");
         if (is_compared) {
             const std::optional<mean_and_variance>& before = shown.before[i].moments;
-            row.push_back(before ? format(before->mean) : "");
-            row.push_back(before ? format(std::sqrt(before->variance)) : "");
+            row.push_back(before ? format_number(before->mean) : "");
+            row.push_back(before ? format_number(std::sqrt(before->variance)) : "");
             row.push_back(node.moved ? markup(format_move(*node.moved)) : "");
         }
         table.rows.push_back(row);
@@ -207,7 +205,7 @@ std::string continuous_section(const network_report& shown) {
 std::string function_section(const network_report& shown) {
     sheet table{"", {"Node", "Value"}, 1, "number"};
     for (const node_beliefs& node : shown.made.results.nodes)
-        if (node.value) table.rows.push_back({names(node), format(*node.value)});
+        if (node.value) table.rows.push_back({names(node), format_number(*node.value)});
     return table.rows.empty() ? "" : section("Functions", as_html(table));
 }
 
@@ -273,8 +271,8 @@ std::string evidence_section(const network_report& shown) {
     }
     std::string text = listed.empty() ? paragraph("There is none.") : facts(listed);
     if (shown.made.problem.empty() && !listed.empty())
-        text += facts({{"P(evidence)", format(results.of_evidence.p)},
-                       {"log P(evidence)", format(results.of_evidence.log_p)}});
+        text += facts({{"P(evidence)", format_number(results.of_evidence.p)},
+                       {"log P(evidence)", format_number(results.of_evidence.log_p)}});
     return section("Evidence", text);
 }
 
@@ -343,8 +341,9 @@ std::string report_as_html(const network_report& shown) {
     const auto count = [](size_t number, const char* what) {
         return std::to_string(number) + " " + what + (number == 1 ? "" : "s");
     };
-    const std::string subtitle = shown.model + " \u00B7 " + count(shown.made.results.nodes.size(), "node") +
-                                 ", " + count(shown.links, "link");
+    const std::string source = shown.model == "-" ? "" : shown.model + " \u00B7 ";
+    const std::string subtitle =
+        source + count(shown.made.results.nodes.size(), "node") + ", " + count(shown.links, "link");
     const std::string main = notes_section(shown) + evidence_section(shown) + picture_section(shown) +
                              belief_section(shown) + continuous_section(shown) + function_section(shown) +
                              decision_section(shown) + statistics_section(shown);

@@ -9,7 +9,8 @@ constexpr const char* report_style = R"(
 @media (prefers-color-scheme:dark){:root{--page:#0f1317;--card:#1a2027;--text:#e7ecf3;--soft:#b1bcc9;--line:#333e4a;
 --track:#343e4a;--bar:#6aaae6;--decision:#45bf95;--function:#9fb0c3;--seen:#f28b3c;--before:#fff}}
 *{box-sizing:border-box}
-body{margin:0;background:var(--page);color:var(--text);font:15px/1.5 Helvetica,Arial,"Liberation Sans",sans-serif}
+body{margin:0;background:var(--page);color:var(--text);font:15px/1.5 Helvetica,Arial,"Liberation Sans",sans-serif;
+overflow-wrap:anywhere}
 header,main{max-width:1180px;margin:0 auto;padding:0 24px}
 header{padding-top:32px}
 h1{margin:0;font-size:30px;line-height:1.2}
@@ -22,7 +23,7 @@ p{margin:6px 0 12px;max-width:75ch}
 .facts div{background:var(--card);border:1px solid var(--line);border-radius:8px;padding:10px 16px;min-width:130px;
 max-width:100%}
 .facts dt{font-size:12px;color:var(--soft)}
-.facts dd{margin:2px 0 0;font-size:18px;font-variant-numeric:tabular-nums;overflow-wrap:anywhere}
+.facts dd{margin:2px 0 0;font-size:18px;font-variant-numeric:tabular-nums}
 .facts dd.list{font-size:14px}
 .facts .seen{border-left:4px solid var(--seen)}
 figure{margin:0;background:var(--card);border:1px solid var(--line);border-radius:8px}
@@ -41,7 +42,7 @@ th{font-weight:normal}
 .card.seen{border-left:4px solid var(--seen)}
 .card table{width:100%}
 .card caption{font-size:14px;line-height:1.3}
-.card th{width:38%;max-width:150px;overflow-wrap:break-word}
+.card th{width:38%;max-width:150px}
 .card .number{width:1%;white-space:nowrap}
 .number{text-align:right;padding-right:0}
 .number+.number{padding-left:12px}
@@ -52,7 +53,7 @@ th{font-weight:normal}
 .bar b{position:absolute;top:-2px;bottom:-2px;width:2px;margin-left:-1px;background:var(--before)}
 .chosen{font-weight:bold}
 .sheet{background:var(--card);border:1px solid var(--line);border-radius:8px;padding:12px 0 12px 16px;margin:0 0 14px;
-width:fit-content;max-width:100%;overflow-x:auto}
+width:fit-content;max-width:100%;overflow-x:auto;overflow-wrap:normal}
 .sheet caption{white-space:nowrap;padding-right:16px}
 .sheet th,.sheet td{padding:4px 18px 4px 0;border-top:1px solid var(--line)}
 .sheet thead th{border:0;color:var(--soft);font-size:12px;vertical-align:bottom}
@@ -60,8 +61,9 @@ width:fit-content;max-width:100%;overflow-x:auto}
 .hidden{position:absolute;width:1px;height:1px;overflow:hidden;clip-path:inset(50%);white-space:nowrap}
 .notes li{margin:4px 0}
 footer{padding:40px 24px;text-align:center;font-size:12px;color:var(--soft)}
-@media print{:root{--page:#fff}body{font-size:11pt}header,main{max-width:none;padding:0}.card,.sheet,figure{break-inside:avoid}
-.bar,.bar i,.bar b,svg{print-color-adjust:exact;-webkit-print-color-adjust:exact}figure svg{min-width:0!important}h2,h3{break-after:avoid}}
+@media print{:root{--page:#fff}body{font-size:11pt}header,main{max-width:none;padding:0}.card,.sheet,figure,tr,p{break-inside:avoid}
+.bar,.bar i,.bar b,svg{print-color-adjust:exact;-webkit-print-color-adjust:exact}figure svg{min-width:0!important;max-height:80vh}h2,h3,.soft{break-after:avoid}
+.sheet{overflow:visible;overflow-wrap:anywhere}}
 )";
 
 }  // namespace tool

@@ -30,6 +30,12 @@ byte_range second_byte(unsigned char first) {
     }
 }
 
+// The characters from U+202A to U+202E and from U+2066 to U+2069, which turn round what follows them in the line.
+bool sets_direction(std::string_view character) {
+    return (character >= "\u202A" && character <= "\u202E") ||
+           (character >= "\u2066" && character <= "\u2069");
+}
+
 // The bytes of the character that a text begins with; 0 if that is none to be printed.
 size_t printable_length(std::string_view text) {
     const auto first = static_cast<unsigned char>(text.front());
@@ -38,7 +44,9 @@ size_t printable_length(std::string_view text) {
     const size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
     if (text.size() < length || !second_byte(first).holds(text[1])) return 0;
     const auto is_continuation = [](char byte) { return byte_range{0x80, 0xBF}.holds(byte); };
-    return std::ranges::all_of(text.substr(2, length - 2), is_continuation) ? length : 0;
+    const std::string_view character = text.substr(0, length);
+    return std::ranges::all_of(character.substr(2), is_continuation) && !sets_direction(character) ? length
+                                                                                                   : 0;
 }
 
 std::string in_hexadecimal(char byte) {

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 
 namespace tool {
 
 std::string format_number(double value) {
+    if (std::isnan(value)) return "N/A";
     std::array<char, 32> text{};
     const auto result =
         std::to_chars(text.data(), text.data() + text.size(), value + 0.0, std::chars_format::general, 6);

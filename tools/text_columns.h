@@ -5,7 +5,7 @@
 
 namespace tool {
 
-// Six significant digits, in any locale.
+// Six significant digits, in any locale; N/A for what could not be computed.
 std::string format_number(double value);
 
 // Columns that UTF-8 text takes, roughly: its characters, not its bytes.

@@ -1,8 +1,9 @@
 """Results for many rows of evidence.
 
 A column of the rows is a node; a cell is what is known of it in this row, as in Domain.evidence. None, NaN and empty texts
-say nothing. Columns of utilities and functions are not used: these are computed. Other evidence of the domain holds in all rows, and all is as it was afterwards. The result has a row for
-each, with the same index, and these columns:
+say nothing. Columns of utilities and functions are not used, with a warning: these are computed. Other evidence of the
+domain holds in all rows, and all is as it was afterwards. The result has a row for each, with the same index, and these
+columns:
 
     NODE=STATE                 beliefs of a discrete node
     NODE:mean, NODE:variance   of a continuous node, the first also of one whose states stand for numbers
@@ -58,12 +59,13 @@ def batch(
         if targets is None:
             asked = [node for node in domain.nodes if node not in evidence.values()]
         else:
-            listed_targets = [targets] if isinstance(targets, (str, Node)) else targets
-            asked = list(dict.fromkeys(domain[target] for target in listed_targets))
+            wanted = [targets] if isinstance(targets, (str, Node)) else targets
+            asked = list(dict.fromkeys(domain[target] for target in wanted))
         results = [result for node in asked for result in _results(node)]
         results.append(("log_p", lambda: float(domain._call(lib.q_domain_get_log_normalization_constant))))
+        taken = {"error", *(name for name, _ in results)}
         for name in kept:
-            if name == "error" or name in dict(results):
+            if name in taken:
                 raise ValueError(f"column {name!r} cannot be kept: a result is called so")
         columns: "dict[str, list[Any]]" = {name: [row.get(name) for row in listed] for name in kept}
         columns.update({name: [] for name, _ in results})
@@ -98,8 +100,8 @@ def _fill(domain: "Domain", evidence: Any, rows: Any, results: Any, columns: "di
             raise
         except (QuarnError, ValueError, TypeError, OverflowError) as failure:
             numbers, error = [NAN] * len(results), str(failure)
-        for (name, _), number in zip(results, numbers):
-            columns[name].append(number)
+        for (name, _), result in zip(results, numbers):
+            columns[name].append(result)
         columns["error"].append(error)
 
 

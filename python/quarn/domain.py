@@ -356,7 +356,7 @@ class Domain:
     def evidence(self, findings: "Mapping[Any, Any]") -> None:
         Evidence(self).replace(findings)
 
-    def compile(self, method: "str | None" = None) -> None:
+    def compile(self, method: "str | Triangulation | None" = None) -> None:
         """Compiles the domain anew. Results do so by themselves: this is to choose how.
 
         method  what each elimination keeps small: "clique_size", "clique_weight", "fill_in_size", "fill_in_weight",
@@ -370,7 +370,7 @@ class Domain:
             self._call(lib.q_domain_triangulate, chosen)
             self._call(lib.q_domain_compile)
 
-    def propagate(self, equilibrium: str = "sum", mode: str = "normal") -> None:
+    def propagate(self, equilibrium: "str | Equilibrium" = "sum", mode: "str | Mode" = "normal") -> None:
         """Brings results in line with tables and evidence, and says what later results are.
 
         equilibrium  "sum": beliefs; "max": probabilities of the most probable configuration with each state
@@ -476,8 +476,8 @@ class Domain:
     def sample(self, n: int, seed: "int | None" = None) -> Any:
         """Cases at random given the evidence: a DataFrame with a column for each node; without pandas a list of dicts.
 
-        seed  the same seed gives the same cases, but others once the domain is compiled; None goes on where the domain's random numbers are, which begin the same
-              in each domain
+        seed  the same seed gives the same cases, though others once something was computed: they are drawn from that then;
+              None goes on where the domain's random numbers are, which begin the same in each domain
         """
         return sample(self, n, seed)
 

@@ -37,6 +37,22 @@ def test_rows_are_as_by_themselves(clinic):
             clinic.batch(pandas.DataFrame(columns), **arguments)
 
 
+def test_what_columns_are_for(clinic, oil):
+    truth = clinic.batch([{"cancer": "yes", "asia": 10**400}, {"cancer": "no"}], ["cancer"] * 2, "cancer")
+    assert list(truth["cancer"]) == ["yes", "no"] and truth["error"][0]
+    assert truth["cancer=yes"][1] == pytest.approx(0.055)
+    with pytest.warns(UserWarning, match="profit is not used"):
+        assert not any(oil.batch(oil.sample(5))["error"])
+    with quarn.Domain() as domain:
+        domain.add_chance("near", [1, 1 + 1e-11])
+        assert len(domain.batch([{}]).columns) == len(set(domain.batch([{}]).columns))
+    for wrong in ({"asia": ["yes"]}, "yes", [["yes"]]):
+        with pytest.raises(TypeError, match="list of mappings"):
+            clinic.batch(wrong)
+    with pytest.raises(ValueError, match="'error'"):
+        clinic.batch([{"error": 1}], keep=["error"])
+
+
 def test_an_impossible_row_costs_itself_only(clinic):
     weights = pandas.Series([1.0, 0.0]).to_numpy()
     rows = [{"either": "no", "cancer": "yes"}, {"either": weights, "cancer": None}, {"either": weights}]

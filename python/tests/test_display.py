@@ -20,6 +20,10 @@ def test_html_is_escaped():
         assert node._repr_html_() in page
         node.table = [0, 0]
         assert "<td>" in node._repr_html_()
+    assert domain._repr_html_() is None and node._repr_html_() is None
+    with quarn.Domain() as domain:
+        domain.add_utility("gain", table=[3])
+        assert "no discrete" in domain._repr_html_()
 
 
 def test_svg(clinic, monkeypatch):

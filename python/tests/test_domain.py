@@ -1,5 +1,6 @@
 """Domains, nodes, evidence and results."""
 
+import copy
 import errno
 import gc
 import math
@@ -52,7 +53,7 @@ def test_equilibria_and_modes(clinic):
     assert best.probability == approx(0.201117, abs=1e-6)
     assert best.states["bronchitis"] == "yes" and best.states["cancer"] == "no"
     assert dict(clinic.evidence) == {"dyspnoea": "yes"}
-    clinic.propagate("max")
+    clinic.propagate(quarn.Equilibrium.MAX)
     assert max(clinic["bronchitis"].belief) == approx(1)
     assert clinic.probability_of_evidence == approx(0.435971, abs=1e-6)
     assert max(clinic["bronchitis"].belief) == approx(1)
@@ -112,6 +113,7 @@ def test_what_states_are_called():
         for name, states, names, accepted in [
             ("labels", ["a", "b"], ("a", "b"), ["b", 1, "#1"]),
             ("twins", ["x", "x", "y"], ("#0", "#1", "y"), ["#1", 1]),
+            ("signs", ["#1", "x", "x"], ("#0", "#1", "#2"), ["#1", 1]),
             ("truth", bool, ("false", "true"), [True, "true", 1]),
             ("count", 2, ("#0", "#1"), ["#1", 1]),
             ("numbers", [1, 2.5], (1.0, 2.5), [2.5, "2.5", "#1"]),
@@ -149,6 +151,9 @@ def test_continuous_nodes_and_functions():
             (ValueError, lambda: x.set_normal(mean=[1, 2, 3])),
             (quarn.QuarnError, lambda: x.set_normal(variance=-1)),
             (TypeError, lambda: domain.evidence.update(sum=1)),
+            (ValueError, lambda: domain.evidence.update(x=math.nan)),
+            (ValueError, lambda: x.set_normal(coefficients={"y": 1})),
+            (TypeError, lambda: setattr(kind, "table", None)),
         ]:
             with pytest.raises(error):
                 action()
@@ -247,6 +252,11 @@ def test_errors(clinic, tmp_path):
     with pytest.raises(ValueError):
         clinic.add_chance("wrong", 2, ["asia"], [[0.5, "x"]])
     assert len(clinic) == 8
+    with pytest.raises(quarn.QuarnError, match="xray cannot become a parent of asia"):
+        clinic["asia"].add_parent("xray")
+    clinic["xray"].table = [0.5, 0.5, -1, 2]
+    with pytest.raises(quarn.QuarnError, match="the table of node xray"):
+        clinic["asia"].belief
     with pytest.warns(quarn.ParseWarning, match="<text>:1: "):
         quarn.Domain.parse('node a { states = ("x" "y"); } potential (a) { }')
     for error in (caught.value, io.value, parse.value, quarn.DeletedError("gone")):
@@ -273,6 +283,14 @@ def test_what_was_deleted_raises():
         with pytest.raises(quarn.DeletedError):
             action()
     assert "closed" in repr(domain) and "deleted" in repr(node)
+
+
+def test_nothing_is_copied(clinic):
+    """A copy would share the memory, but not know what is out of date or deleted."""
+    for original in (clinic, clinic["asia"]):
+        for copied in (copy.copy, copy.deepcopy, pickle.dumps):
+            with pytest.raises(TypeError, match="neither copied nor pickled"):
+                copied(original)
 
 
 def test_nodes_keep_their_domain():

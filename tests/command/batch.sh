@@ -109,5 +109,6 @@ wait $!
 [ -z "$(ls -A "$work/folder")" ] || fail "left: $(ls -A "$work/folder")"
 printf 'asia\n%s' "$(yes yes | head -5000)" >"$cases"
 expect 1 '/dev/full: cannot be written' "$clinic" "$cases" -o /dev/full -j 2
+! "$quarn" batch "$clinic" "$cases" -j 1 2>/dev/null >&- || fail "wrote to a closed standard output"
 
 [ $failures -eq 0 ]

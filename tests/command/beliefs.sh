@@ -84,7 +84,7 @@ expect 0 out '"p": null' beliefs "$clinic" --json -e 'asia=(1e308 1e308)' 'xray=
 # --- What cannot be done
 expect 1 err "^quarn: $work/none.net: cannot be read: No such file or directory$" beliefs "$work/none.net"
 expect 1 err "^quarn: $work: cannot be read: Is a directory$" beliefs "$work"
-expect 1 err 'no node a\\x1b\\x0a\\x7f\\xff\\xc2\\x9bü$' beliefs "$clinic" -e $'a\e\n\x7f\xff\xc2\x9bü=x'
+expect 1 err 'no node a\\x1b\\x0a\\x7f\\xff\\xc2\\x9b\\xe2\\x80\\xaeü$' beliefs "$clinic" -e $'a\e\n\x7f\xff\xc2\x9b\xe2\x80\xaeü=x'
 expect 1 err 'no node \[asia; did you mean asia\?$' beliefs "$clinic" -e '[asia=yes,xray=no]'
 expect 1 err ', #19 s20 \.\.\. \(30 in all\)$' beliefs "$work/wide.net" -e a=none
 expect 1 err "^$work/malformed.net:3: number expected$" beliefs "$work/malformed.net"

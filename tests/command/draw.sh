@@ -14,6 +14,8 @@ node graph { label = "\xff\xef\xbf\xbe\xc3"; states = (%s); } potential (graph |
 node strict { states = ("x" "y"); } node edge { states = ("x" "y"); } potential (strict edge | graph) { }' \
     "$(printf '"state %d " ' {1..30})" >"$work/hostile.net"
 sed 's/0.01 0.99/0.01 -0.99/' "$clinic" >"$work/broken.net"
+printf 'continuous node a {} continuous node b {}
+potential (a) { data = (normal(1e300, 1)); } potential (b | a) { data = (normal(1e300 * a, 1)); }' >"$work/far.net"
 
 # --- The text for dot, which needs no dot. Without one there is no picture, and no file.
 PATH=$bare expect 0 $'"smoking" -> "cancer";\n' "$clinic" --dot
@@ -26,6 +28,7 @@ PATH=$bare expect 1 'dot, which lays out pictures, is not installed: on Debian i
 # --- Impossible evidence is no picture, a broken network one without beliefs; what cannot be done, wrong command lines
 expect 1 'the evidence is impossible' "$clinic" -e tuberculosis=yes either=no --dot
 expect 0 'quarn: warning: drawn without beliefs: ' "$work/broken.net" -e xray=yes --dot
+expect 0 'inf ± N/A' "$work/far.net" --dot
 expect 1 'there is no node lungs' "$clinic" --nodes asia,lungs
 expect 1 'cannot be written' "$clinic" --plain --dot -o "$work/none/x.dot"
 expect 2 'given twice' "$clinic" -e asia=yes asia=no

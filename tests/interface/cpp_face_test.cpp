@@ -116,6 +116,7 @@ TEST(cpp_face, an_exception_has_the_code_and_nothing_has_changed) {
         {q_error_io, [](quarn::domain&, quarn::node) { quarn::domain::load("net {"); }},
         {q_error_io, [](quarn::domain& domain, quarn::node) { domain.load_case("/none/such"); }},
         {q_error_parse, [](quarn::domain&, quarn::node) { quarn::domain::parse("node a {}"); }},
+        {q_error_parse, [](quarn::domain&, quarn::node) { quarn::domain::parse("/dev/null"); }},
         {q_error_usage, [](quarn::domain&, quarn::node) { quarn::take_string(q_domain_to_net(nullptr)); }},
     };
     quarn::domain domain = rain_and_grass();
