@@ -26,6 +26,7 @@ declare -A contents=(
     [python3-quarn]='usr/lib/python3/dist-packages/quarn/[A-Za-z_/.]+'
     [quarn-doc]='usr/share/doc/quarn/README\.md usr/share/doc/quarn/CHANGELOG\.md
         usr/share/doc/quarn/docs/[A-Za-z/-]+\.md usr/share/doc/quarn/docs/schema/[a-z.]+\.json
+        usr/share/doc/quarn/docs/pictures/[a-z_]+\.svg
         usr/share/doc/quarn/examples/[a-z_]+\.(net|c|cpp|py|csv)'
 )
 
