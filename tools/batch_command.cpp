@@ -21,7 +21,7 @@
 namespace tool {
 namespace {
 
-constexpr const char* explanations =
+constexpr const char* batch_explanations =
     "Reads cases as comma-separated values and writes for each of them, in the same\n"
     "order, what quarn beliefs computes given this evidence alone. The first row of\n"
     "CASES has the names of nodes, each further one a case: what is observed of each\n"
@@ -142,7 +142,7 @@ private:
 
 void add_batch_command(CLI::App& commands, batch_options& options) {
     CLI::App& command =
-        add_command(commands, "batch", "Compute beliefs for many cases", options.model, explanations);
+        add_command(commands, "batch", "Compute beliefs for many cases", options.model, batch_explanations);
     command.add_option("CASES", options.cases, "The cases; - for standard input")
         ->type_name("FILE")
         ->required();

@@ -13,7 +13,7 @@
 namespace tool {
 namespace {
 
-constexpr const char* explanations =
+constexpr const char* beliefs_explanations =
     "Evidence:\n"
     "  NODE=LABEL        The node is in the state with this label.\n"
     "  NODE=#INDEX       The node is in the state with this number, from 0.\n"
@@ -86,7 +86,7 @@ model_beliefs compute(model& asked, const beliefs_options& options, q_mode_t mod
 
 void add_beliefs_command(CLI::App& commands, beliefs_options& options) {
     CLI::App& command = add_command(commands, "beliefs", "Print the beliefs of all nodes given evidence",
-                                    options.model, explanations);
+                                    options.model, beliefs_explanations);
     add_evidence(command, options.evidence, options.case_file);
     command.add_option("--mode", options.mode, "Which evidence counts, see below (normal)")
         ->type_name("normal|fast-retraction");

@@ -13,7 +13,7 @@
 namespace tool {
 namespace {
 
-constexpr const char* explanations =
+constexpr const char* case_explanations =
     "Evidence is written as for quarn beliefs. Values are written with eight digits,\n"
     "the weights of likelihoods with six.\n"
     "\n"
@@ -50,7 +50,7 @@ std::string text_of_case(const model& asked) {
 
 void add_case_command(CLI::App& commands, case_options& options) {
     CLI::App& command =
-        add_command(commands, "case", "Write evidence to a case file", options.model, explanations);
+        add_command(commands, "case", "Write evidence to a case file", options.model, case_explanations);
     add_evidence(command, options.evidence, options.case_file);
     command.add_option("-o,--output", options.output)
         ->type_name("FILE")

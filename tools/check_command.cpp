@@ -10,7 +10,7 @@
 namespace tool {
 namespace {
 
-constexpr const char* explanations =
+constexpr const char* check_explanations =
     "What is printed, a line each:\n"
     "  FILE:LINE: what the reader finds, errors and warnings. After errors, no more.\n"
     "  FILE: what can be read but not computed with: probabilities and variances that\n"
@@ -42,7 +42,7 @@ void hear(size_t line, const char* message, void* data) {
 }  // namespace
 
 void add_check_command(CLI::App& commands, check_options& options) {
-    add_command(commands, "check", "Find what is wrong with a network", options.model, explanations);
+    add_command(commands, "check", "Find what is wrong with a network", options.model, check_explanations);
 }
 
 std::string run_check(const check_options& options) {

@@ -23,7 +23,7 @@ using nlohmann::ordered_json;
 constexpr const char* methods =
     "clique-size|clique-weight|fill-in-size|fill-in-weight|total-weight|best-greedy";
 
-constexpr const char* explanations =
+constexpr const char* compile_explanations =
     "Methods: clique-size, clique-weight, fill-in-size, fill-in-weight; best-greedy,\n"
     "the best of these; total-weight, a search for the least total table size.\n"
     "\n"
@@ -92,7 +92,7 @@ void require_done(q_status_t status, const compile_options& options) {
 
 void add_compile_command(CLI::App& commands, compile_options& options) {
     CLI::App& command = add_command(commands, "compile", "Print how large the tables of a model are",
-                                    options.model, explanations);
+                                    options.model, compile_explanations);
     command.add_option("-m,--method", options.method, "How to triangulate, see below (best-greedy)")
         ->type_name(methods)
         ->option_text("NAME");

@@ -8,7 +8,7 @@
 namespace tool {
 namespace {
 
-constexpr const char* explanations =
+constexpr const char* convert_explanations =
     "Writes the network that MODEL describes in the NET language. `-` stands for\n"
     "standard input and output. Numbers have eight significant digits; comments are\n"
     "lost. OUT may be MODEL.\n"
@@ -32,8 +32,8 @@ constexpr const char* explanations =
 }  // namespace
 
 void add_convert_command(CLI::App& commands, convert_options& options) {
-    CLI::App& command =
-        add_command(commands, "convert", "Read a network and write it again", options.model, explanations);
+    CLI::App& command = add_command(commands, "convert", "Read a network and write it again", options.model,
+                                    convert_explanations);
     command.add_option("OUT", options.output, "The file to be written; - for standard output")
         ->type_name("FILE")
         ->required();

@@ -13,7 +13,7 @@
 namespace tool {
 namespace {
 
-constexpr const char* explanations =
+constexpr const char* draw_explanations =
     "Each node is a card with the beliefs of its states as bars, the mean and\n"
     "standard deviation of a continuous node, a value or an expected utility.\n"
     "  rounded          chance; continuous ones have a bell curve\n"
@@ -55,7 +55,7 @@ picture draw(model& asked, const draw_options& options) {
 
 void add_draw_command(CLI::App& commands, draw_options& options) {
     CLI::App& command =
-        add_command(commands, "draw", "Draw a network with its beliefs", options.model, explanations);
+        add_command(commands, "draw", "Draw a network with its beliefs", options.model, draw_explanations);
     add_evidence(command, options.evidence, options.case_file);
     add_node_list(command, "-n,--nodes", options.nodes, "Draw these nodes only, and the links between them");
     command.add_flag("--plain", options.plain, "Draw nodes and links only; compute nothing");

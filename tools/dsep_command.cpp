@@ -14,7 +14,7 @@ namespace {
 
 using names = std::vector<std::string>;
 
-constexpr const char* explanations =
+constexpr const char* dsep_explanations =
     "What is learnt of a source can change the beliefs of nodes d-connected to it. It\n"
     "cannot change those of d-separated nodes, whatever the numbers in the model are.\n"
     "\n"
@@ -74,7 +74,7 @@ std::string as_json(const names& connected, const names& separated, const dsep_o
 
 void add_dsep_command(CLI::App& commands, dsep_options& options) {
     CLI::App& command = add_command(commands, "dsep", "Print which nodes are d-connected to others",
-                                    options.model, explanations);
+                                    options.model, dsep_explanations);
     add_node_list(command, "-s,--source", options.sources, "The nodes that something is learnt of")
         ->required();
     add_node_list(command, "-g,--given", options.given, "Nodes that are observed");

@@ -18,7 +18,7 @@ namespace {
 
 using nlohmann::ordered_json;
 
-constexpr const char* explanations =
+constexpr const char* info_explanations =
     "What is printed:\n"
     "  Nodes by category and what their states are. Links: informational ones lead\n"
     "  into decisions, functional ones into functions or out of real-valued ones.\n"
@@ -174,7 +174,7 @@ std::string as_text(const ordered_json& report) {
 
 void add_info_command(CLI::App& commands, info_options& options) {
     CLI::App& command =
-        add_command(commands, "info", "Print what a network consists of", options.model, explanations);
+        add_command(commands, "info", "Print what a network consists of", options.model, info_explanations);
     command.add_flag("--json", options.json, "Print JSON");
 }
 

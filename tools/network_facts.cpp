@@ -66,7 +66,7 @@ void count_links(q_node_t node, link_counts& links) {
 
 // What the file gives of a node: of a continuous one, for each configuration, the mean where its parents are 0, a
 // coefficient for each continuous parent, and the variance.
-long double numbers_of(q_node_t node) {
+long double size_of_model(q_node_t node) {
     const bool is_discrete = q_node_get_kind(node) == q_kind_discrete;
     long double numbers = is_discrete ? static_cast<long double>(q_node_get_number_of_states(node)) : 1;
     if (q_node_get_category(node) == q_category_function) return is_discrete ? numbers : 0;
@@ -120,8 +120,8 @@ network_facts find_facts(const model& described) {
         if (q_node_get_kind(node) == q_kind_discrete)
             compare(facts.states, node, static_cast<long double>(q_node_get_number_of_states(node)));
         compare(facts.parents, node, static_cast<long double>(listed(q_node_get_parents(node)).size()));
-        compare(facts.numbers, node, numbers_of(node));
-        facts.all_numbers += numbers_of(node);
+        compare(facts.numbers, node, size_of_model(node));
+        facts.all_numbers += size_of_model(node);
         if (q_node_get_model(node) != nullptr) ++facts.models;
         if (with_data && needs_data(node) && !with_data->contains(q_node_get_name(node)))
             facts.without_data->push_back(node);

@@ -12,7 +12,7 @@
 namespace tool {
 namespace {
 
-constexpr const char* explanations =
+constexpr const char* report_explanations =
     "The page has the picture that quarn draw makes, the evidence and its\n"
     "probability, the beliefs of all nodes (with evidence what it moved most first,\n"
     "and what they were without), means and standard deviations, expected utilities,\n"
@@ -35,7 +35,7 @@ constexpr const char* explanations =
 
 void add_report_command(CLI::App& commands, report_options& options) {
     CLI::App& command = add_command(commands, "report", "Write a page about a network and its beliefs",
-                                    options.model, explanations);
+                                    options.model, report_explanations);
     add_evidence(command, options.evidence, options.case_file);
     command.add_flag("--solve", options.solve, "Improve the policies of decisions first");
     command.add_option("-o,--output", options.output, "The page to be written; - is standard output")

@@ -17,7 +17,7 @@
 namespace tool {
 namespace {
 
-constexpr const char* explanations =
+constexpr const char* sample_explanations =
     "Draws cases at random and writes them as comma-separated values: the names of\n"
     "the nodes, then a line for each case. States are written as they are selected\n"
     "in evidence, other values as numbers in full precision. The field of a function\n"
@@ -96,7 +96,8 @@ void write_cases(const model& asked, size_t count, sample_csv& cases, output_fil
 }  // namespace
 
 void add_sample_command(CLI::App& commands, sample_options& options) {
-    CLI::App& command = add_command(commands, "sample", "Draw cases at random", options.model, explanations);
+    CLI::App& command =
+        add_command(commands, "sample", "Draw cases at random", options.model, sample_explanations);
     const auto set_count = [&options](const std::string& text) { options.count = parse_case_count(text); };
     command.add_option_function<std::string>("-n,--count", set_count, "The number of cases (1)")
         ->type_name("N");

@@ -11,7 +11,7 @@
 namespace tool {
 namespace {
 
-constexpr const char* explanations =
+constexpr const char* solve_explanations =
     "The policies of decisions are improved, one at a time, until no change of a\n"
     "single one would raise the expected utility (single policy updating, Lauritzen &\n"
     "Nilsson 2001).\n"
@@ -49,8 +49,8 @@ constexpr const char* explanations =
 }  // namespace
 
 void add_solve_command(CLI::App& commands, solve_options& options) {
-    CLI::App& command =
-        add_command(commands, "solve", "Find the best policies of decisions", options.model, explanations);
+    CLI::App& command = add_command(commands, "solve", "Find the best policies of decisions", options.model,
+                                    solve_explanations);
     add_evidence(command, options.evidence, options.case_file);
     command.add_option("--start", options.start, "Policies to begin with, see below (uniform)")
         ->type_name("uniform|file");

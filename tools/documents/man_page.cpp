@@ -48,7 +48,7 @@ std::string argument_of(const CLI::Option& option) {
     return option.get_option_text().empty() ? option.get_type_name() : option.get_option_text();
 }
 
-std::string names_of(const CLI::Option& option) {
+std::string names_in_roff(const CLI::Option& option) {
     if (option.get_positional()) return bold(option.get_name());
     std::string names;
     const auto add = [&](const std::string& name) { names += (names.empty() ? "" : ", ") + bold(name); };
@@ -72,7 +72,8 @@ std::string options_section(const CLI::App& command) {
         std::string description = option->get_description();
         if (const size_t place = description.find(pointer); place != std::string::npos)
             description.replace(place, pointer.size(), ", see above");
-        text += ".TP\n" + names_of(*option) + (option->get_positional() ? "" : argument_in_roff(*option));
+        text +=
+            ".TP\n" + names_in_roff(*option) + (option->get_positional() ? "" : argument_in_roff(*option));
         text += "\n" + escaped(description) + ".\n";
     }
     return text;
@@ -85,7 +86,7 @@ std::string synopsis_section(const CLI::App& command) {
         if (option->get_positional())
             rest += " " + italic(option->get_name());
         else if (option->get_required())
-            required += " " + names_of(*option) + argument_in_roff(*option);
+            required += " " + names_in_roff(*option) + argument_in_roff(*option);
     }
     return text + rest + required + " [" + italic("OPTION") + "]...\n";
 }
