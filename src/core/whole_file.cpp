@@ -78,22 +78,24 @@ void replace(std::string_view path, const struct stat* old, std::string_view con
     temporary.is_taken = false;
 }
 
-bool is_link(const char* path) noexcept {
-    struct stat found;
-    return ::lstat(path, &found) == 0 && S_ISLNK(found.st_mode);
+// Tells of the file at the path; false where there is none.
+bool find_file(int (*look)(const char*, struct stat*), const char* path, struct stat& found) {
+    const bool is_there = look(path, &found) == 0;
+    require(is_there || errno == ENOENT, q_error_io);
+    return is_there;
 }
 
 }  // namespace
 
 void write_whole_file(const char* path, std::string_view contents) {
     struct stat old;
-    std::array<char, PATH_MAX> resolved;
-    if (::stat(path, &old) != 0) {
-        if (is_link(path)) return write_in_place(path, contents);  // it leads to nothing yet
-        return replace(path, nullptr, contents);
+    if (!find_file(::stat, path, old)) {
+        const bool is_dangling_link = find_file(::lstat, path, old);
+        return is_dangling_link ? write_in_place(path, contents) : replace(path, nullptr, contents);
     }
-    if (!S_ISREG(old.st_mode) || ::realpath(path, resolved.data()) == nullptr)
-        return write_in_place(path, contents);
+    if (!S_ISREG(old.st_mode)) return write_in_place(path, contents);
+    std::array<char, PATH_MAX> resolved;
+    require(::realpath(path, resolved.data()) != nullptr, q_error_io);
     require(::access(path, W_OK) == 0, q_error_io);
     replace(resolved.data(), &old, contents);
 }

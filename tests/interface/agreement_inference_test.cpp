@@ -1,7 +1,7 @@
 // Random networks of every kind, always against enumeration of the joint distribution.
 #include <future>
 
-#include "allocation_faults.h"
+#include "fault_plan.h"
 #include "model.h"
 
 namespace {
@@ -69,7 +69,7 @@ TEST_P(agreement, to_the_bit_for_any_number_of_threads) {
 }
 
 TEST_P(agreement, after_lack_of_memory) {
-    if (!allocation_faults::are_possible()) GTEST_SKIP() << "another tool has replaced operator new";
+    if (!fault_plan::are_possible()) GTEST_SKIP() << "another tool has replaced operator new";
     for (unsigned run = 2; run < 26; ++run) {
         const unsigned seed = run / 2;
         bool fired = true;  // else there is no later allocation
@@ -82,7 +82,7 @@ TEST_P(agreement, after_lack_of_memory) {
             for (int i = 0; i < 4; ++i) tested.change_evidence();
             if (tested.is_invalid()) tested.start_again();
             const request asked = tested.random_request();
-            allocation_faults plan(n, run % 2 == 0);
+            fault_plan plan(n, run % 2 == 0);
             const q_status_t status = asked.of(tested.domain);
             fired = plan.stop();
             EXPECT_TRUE(fired || status != q_error_no_memory);
@@ -98,14 +98,7 @@ TEST_P(agreement, after_lack_of_memory) {
     }
 }
 
-constexpr role c = role::chance, d = role::decision, u = role::utility, x = role::continuous;
-INSTANTIATE_TEST_SUITE_P(of, agreement,
-                         testing::Values(kind{"discrete", {c}, 1500},
-                                         kind{"compressed", {c}, 500, false, true},
-                                         kind{"excluded", {c}, 500, true},
-                                         kind{"influence", {c, c, d, u}, 800}, kind{"gaussian", {c, x}, 800},
-                                         kind{"excluded_influence", {c, c, d, u}, 300, true},
-                                         kind{"excluded_gaussian", {c, x}, 300, true}),
+INSTANTIATE_TEST_SUITE_P(of, agreement, testing::ValuesIn(kinds),
                          [](const auto& tested) { return std::string(tested.param.name); });
 
 // Weights that change by many orders of magnitude, never starting afresh.

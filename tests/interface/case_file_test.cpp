@@ -1,7 +1,7 @@
 // Evidence read from case files and written to them.
 #include <random>
 
-#include "allocation_faults.h"
+#include "fault_plan.h"
 #include "scenarios.h"
 #include "texts.h"
 

@@ -1,5 +1,5 @@
 // Functions in networks: their values, the tables that discrete ones give themselves, and the order of all that.
-#include "allocation_faults.h"
+#include "fault_plan.h"
 #include "function_networks.h"
 #include "node_models.h"
 #include "scenarios.h"
@@ -24,11 +24,8 @@ TEST_P(functions, agree_with_recursion_and_enumeration_through_changes) {
         EXPECT_EQ(codes.count(code), 1u) << code;
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    of, functions,
-    testing::Values(kind{"gaussian", {role::chance, role::chance, role::continuous}, 300},
-                    kind{"influence", {role::chance, role::chance, role::decision, role::utility}, 300}),
-    [](const auto& tested) { return std::string(tested.param.name); });
+INSTANTIATE_TEST_SUITE_P(of, functions, testing::ValuesIn(function_kinds),
+                         [](const auto& tested) { return std::string(tested.param.name); });
 
 void set_model(q_node_t function, const char* text) { give_model(function, "", {text}); }
 void expect_value(q_node_t function, double value, q_error_t code = q_error_none) {
@@ -213,7 +210,7 @@ TEST(functions, need_a_mean_and_are_known_to_compression) {
 }
 
 TEST(functions, survive_lack_of_memory) {
-    if (!allocation_faults::are_possible()) GTEST_SKIP() << "another tool has replaced operator new";
+    if (!fault_plan::are_possible()) GTEST_SKIP() << "another tool has replaced operator new";
     for (unsigned way = 0; way < 4; ++way) {
         bool fired = true;  // else there is no later allocation
         for (std::size_t n = 0; fired && !HasFailure(); ++n) {
@@ -221,7 +218,7 @@ TEST(functions, survive_lack_of_memory) {
             owned_domain domain = chain();
             if (way < 2) propagate(domain);
             q_node_select_state(node_at(domain.get(), a), 1);
-            allocation_faults plan(n, way % 2 == 0);
+            fault_plan plan(n, way % 2 == 0);
             q_status_t status = propagate(domain);
             fired = plan.stop();
             EXPECT_TRUE(status == q_error_none || (fired && status == q_error_no_memory)) << status;

@@ -1,5 +1,5 @@
 // Models of nodes: what they take, and how they follow changes of the network.
-#include "allocation_faults.h"
+#include "fault_plan.h"
 #include "node_models.h"
 #include "scenarios.h"
 
@@ -189,13 +189,13 @@ TEST(models, lose_parents_that_are_not_requisite) {
 std::string seen_by_callback;
 
 TEST(models, clean_up_callbacks_run_when_nothing_can_fail_any_more) {
-    if (!allocation_faults::are_possible()) GTEST_SKIP() << "another tool has replaced operator new";
+    if (!fault_plan::are_possible()) GTEST_SKIP() << "another tool has replaced operator new";
     const owned_domain domain = useless_parents();
     const nodes all = nodes_of(domain.get());
     q_node_set_user_data_cleanup(
         all[0], [](q_node_t node) { seen_by_callback += model_of(q_node_get_children(node)[0]); });
     {
-        const allocation_faults plan(0, true);
+        const fault_plan plan(0, true);
         EXPECT_EQ(q_node_delete(all[0]), q_error_no_memory);
     }
     EXPECT_EQ(q_node_delete(all[0]), none);

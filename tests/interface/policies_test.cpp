@@ -1,5 +1,5 @@
 // Policies after updating, against enumeration of the joint distribution, and by hand.
-#include "allocation_faults.h"
+#include "fault_plan.h"
 #include "model.h"
 #include "scenarios.h"
 
@@ -271,14 +271,14 @@ TEST(policies, to_the_bit_for_any_number_of_threads) {
 }
 
 TEST(policies, survive_lack_of_memory) {
-    if (!allocation_faults::are_possible()) GTEST_SKIP() << "another tool has replaced operator new";
+    if (!fault_plan::are_possible()) GTEST_SKIP() << "another tool has replaced operator new";
     for (unsigned run = 2; run < 62; ++run) {
         bool fired = true;  // else there is no later allocation
         for (std::size_t n = 0; fired && !HasFailure(); ++n) {
             SCOPED_TRACE(testing::Message() << "run " << run << ", allocation " << n);
             diagram tested(run / 2);
             const oracle::network before = tested.reference;
-            allocation_faults plan(n, run % 2 == 0);
+            fault_plan plan(n, run % 2 == 0);
             const q_status_t status = q_domain_update_policies(tested.domain);
             fired = plan.stop();
             EXPECT_TRUE(status == q_error_none || (fired && status == q_error_no_memory)) << status;

@@ -1,7 +1,7 @@
 // Random numbers, and configurations drawn from random networks against enumeration of their distribution.
 #include <map>
 
-#include "allocation_faults.h"
+#include "fault_plan.h"
 #include "model.h"
 #include "scenarios.h"
 
@@ -473,7 +473,7 @@ TEST(drawing, is_refused_in_other_modes) {
 }
 
 TEST(drawing, survives_lack_of_memory) {
-    if (!allocation_faults::are_possible()) GTEST_SKIP() << "another tool has replaced operator new";
+    if (!fault_plan::are_possible()) GTEST_SKIP() << "another tool has replaced operator new";
     for (const bool compiled : {false, true})
         for (const char* text : {chain, functions, function_of_value}) {
             const auto build = [=] {

@@ -80,8 +80,14 @@ answers enumerate(const network& asked, bool maximise) {
     const bool mixed = std::ranges::count(asked, role::continuous, &variable::is) > 0;
     const auto [parts, noiseless] = mixed ? conditioned(asked) : std::pair<mixture, std::set<std::size_t>>();
     result.noiseless = !noiseless.empty();
-    double highest = -INFINITY;
-    for (const gaussian& part : parts) highest = std::max(highest, part.log_weight);
+    double highest = -INFINITY;  // of what is possible: all else may be likelier by any factor
+    for (const gaussian& part : parts) {
+        bool possible = true;
+        for (std::size_t node = 0; node < n; ++node)
+            possible =
+                possible && entry(asked, part.states, node) * weight(asked[node], part.states[node]) > 0;
+        if (possible) highest = std::max(highest, part.log_weight);
+    }
     const double unit = highest > -INFINITY ? highest : 0;  // logarithm of that of the weights below
 
     double total = 0;
@@ -89,7 +95,7 @@ answers enumerate(const network& asked, bool maximise) {
     list states(n, 0);
     std::size_t number = 0;
     do {
-        double possible = mixed ? std::exp(parts[number].log_weight - unit) : 1;
+        double possible = mixed ? std::exp(std::min(parts[number].log_weight - unit, 0.0)) : 1;
         for (std::size_t node = 0; node < n; ++node) possible *= entry(asked, states, node);
         double w = possible;
         for (std::size_t node = 0; node < n; ++node) w *= weight(asked[node], states[node]);

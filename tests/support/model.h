@@ -21,6 +21,19 @@ struct kind {
 };
 inline std::ostream& operator<<(std::ostream& out, const kind& shown) { return out << shown.name; }
 
+// What is soaked, fuzzed and compared in tests.
+inline const kind kinds[] = {
+    {"discrete", {role::chance}, 1500},
+    {"compressed", {role::chance}, 500, false, true},
+    {"excluded", {role::chance}, 500, true},
+    {"influence", {role::chance, role::chance, role::decision, role::utility}, 800},
+    {"gaussian", {role::chance, role::continuous}, 800},
+    {"excluded_influence", {role::chance, role::chance, role::decision, role::utility}, 300, true},
+    {"excluded_gaussian", {role::chance, role::continuous}, 300, true}};
+inline const kind function_kinds[] = {
+    {"gaussian_functions", {role::chance, role::chance, role::continuous}, 300},
+    {"influence_functions", {role::chance, role::chance, role::decision, role::utility}, 300}};
+
 // A propagation of a domain, or of its trees one by one, each from some clique or not.
 struct request {
     q_equilibrium_t equilibrium = q_equilibrium_sum;
@@ -55,6 +68,7 @@ struct model {
     double scale = 0;            // of the sum of the utilities
     std::vector<double> record;  // of all that was read
     std::size_t successes = 0;
+    double largest_difference = 0;  // as a part of what is allowed
 
     // Of the given network, or of a random one.
     model(unsigned the_seed, const kind& the_kind, oracle::network made = {})
@@ -179,8 +193,11 @@ struct model {
         const auto given = oracle::enumerate(reference).moments_of[node];
         const double deviations = std::normal_distribution()(random) * (random() % 8 == 0 ? 6 : 1);
         const double value = given.mean + deviations * std::sqrt(std::max(given.variance, 0.0));
-        reference[node].value = std::isfinite(value) ? value : 1;
-        ASSERT_EQ(q_node_enter_value(nodes[node], *reference[node].value), q_error_none);
+        enter_value(node, std::isfinite(value) ? value : 1);
+    }
+    void enter_value(std::size_t node, double value) {
+        reference[node].value = value;
+        ASSERT_EQ(q_node_enter_value(nodes[node], value), q_error_none);
     }
 
     void change_evidence() {
@@ -382,6 +399,7 @@ struct model {
 
     void expect_near(double found, double expected, double slack, std::size_t node) {
         record.push_back(found);
+        if (slack > 0) largest_difference = std::max(largest_difference, std::abs(found - expected) / slack);
         EXPECT_TRUE(std::isnan(expected) || std::abs(found - expected) <= slack)
             << "node " << node << ": " << found << ", not " << expected;
     }

@@ -17,6 +17,8 @@ using network_builder = std::function<owned_domain()>;
 // not read, as reading gives names to nodes that have none; only some letters, alone and with a number up to 30, are seen.
 // Makes the tables of the nodes. Empty for a null.
 std::string digest(q_domain_t domain);
+// What has been computed, likewise.
+std::string digest_of_results(q_domain_t domain);
 
 // The error code of the call that has just returned `result`, which is to tell of a failure exactly when there is one.
 template <class Result>

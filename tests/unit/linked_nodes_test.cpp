@@ -1,5 +1,5 @@
 // Evidence on linked nodes. Nothing public links nodes yet.
-#include "allocation_faults.h"
+#include "fault_plan.h"
 #include "network_building.h"
 #include "node.h"
 #include "texts.h"
@@ -78,9 +78,9 @@ TEST(linked_nodes, are_written_to_case_files_as_those_they_are_linked_to) {
 }
 
 TEST(linked_nodes, take_all_or_nothing) {
-    for (std::size_t n = 0; n < 3 && allocation_faults::are_possible(); ++n) {
+    for (std::size_t n = 0; n < 3 && fault_plan::are_possible(); ++n) {
         chain tested("cd");
-        allocation_faults fault(n, false);
+        fault_plan fault(n, false);
         EXPECT_EQ(q_node_enter_finding(tested.n[0], 0, 0.5), q_error_no_memory);
         fault.stop();
         EXPECT_EQ(tested.selected(), (states{-1, -1, -1}));

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "allocation_faults.h"
+#include "fault_plan.h"
 #include "node.h"
 #include "table_operations.h"
 
@@ -49,8 +49,8 @@ TEST(parallel, failures_leave_nothing_undone_or_done_twice) {
         EXPECT_TRUE(starts == 4 && larger == product) << failing;
     }
     multiply(make_loop_plan(nodes, {nodes, 1}), std::vector(product).data(), smaller.data(), {1, 1});
-    for (std::size_t n = 0; n < 2 && allocation_faults::are_possible(); ++n) {
-        const allocation_faults armed(n, false);
+    for (std::size_t n = 0; n < 2 && fault_plan::are_possible(); ++n) {
+        const fault_plan armed(n, false);
         EXPECT_THROW(run_slices(4, 4, 1, [](slice_range, double*) { ADD_FAILURE(); }), std::bad_alloc);
     }
     EXPECT_EQ(starts, 4u);

@@ -1,4 +1,4 @@
-#include "allocation_faults.h"
+#include "fault_plan.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -6,15 +6,15 @@
 
 namespace {
 
-constinit thread_local allocation_faults* following = nullptr;
+constinit thread_local fault_plan* following = nullptr;
 constinit thread_local bool armed = false;
 
 }  // namespace
 
 struct allocation_hooks {
     static void* allocate(std::size_t size, std::size_t alignment = 1) noexcept {
-        allocation_faults* const plan = armed ? following : nullptr;
-        if (plan != nullptr && must_fail(*plan)) return nullptr;
+        fault_plan* const plan = armed ? following : nullptr;
+        if (fault_plan::fails(fallible::allocation)) return nullptr;
         const std::size_t unit = std::max(alignment, alignof(std::max_align_t));
         if (size > std::size_t(-1) / 2) return nullptr;
         void* const block = alignment > alignof(std::max_align_t)
@@ -29,37 +29,46 @@ struct allocation_hooks {
         throw std::bad_alloc();
     }
     static void release(void* block) noexcept {
-        if (following != nullptr && block != nullptr) {
-            void** const end = following->blocks_.data() + following->followed_;
-            if (void** const found = std::find(following->blocks_.data(), end, block); found != end) {
+        for (fault_plan* plan = block == nullptr ? nullptr : following; plan != nullptr;
+             plan = plan->outer_) {
+            void** const end = plan->blocks_.data() + plan->followed_;
+            if (void** const found = std::find(plan->blocks_.data(), end, block); found != end) {
                 *found = end[-1];
-                --following->followed_;
+                --plan->followed_;
             }
         }
         std::free(block);
     }
-
-private:
-    static bool must_fail(allocation_faults& plan) noexcept {
-        if (plan.remaining_ > 0) return --plan.remaining_, false;
-        return (!plan.fired_ || plan.lasting_) && (plan.fired_ = true);
-    }
 };
 
-allocation_faults::allocation_faults(std::size_t n, bool lasting) : remaining_(n), lasting_(lasting) {
+fault_plan::fault_plan(std::size_t n, bool lasting, unsigned kinds, std::size_t distance)
+    : outer_(following),
+      first_(n),
+      second_(distance == never ? never : n + distance),
+      lasting_(lasting),
+      kinds_(kinds) {
     following = this;
     armed = true;
 }
-allocation_faults::~allocation_faults() {
+fault_plan::~fault_plan() {
     armed = false;
-    following = nullptr;
+    following = outer_;
 }
-bool allocation_faults::stop() noexcept {
+bool fault_plan::fails(unsigned kind) noexcept {
+    if (!armed || (following->kinds_ & kind) == 0) return false;
+    fault_plan& plan = *following;
+    const std::size_t place = plan.seen_++;
+    if (place != plan.first_ && place != plan.second_ && !(plan.lasting_ && place > plan.first_))
+        return false;
+    if (plan.failures_++ == 0) plan.first_kind_ = kind;
+    return true;
+}
+bool fault_plan::stop() noexcept {
     armed = false;
-    return fired_;
+    return failures_ > 0;
 }
-bool allocation_faults::are_possible() {
-    allocation_faults plan(0, false);
+bool fault_plan::are_possible() {
+    fault_plan plan(0, false);
     ::operator delete(::operator new(1, std::nothrow));
     return plan.stop();
 }
