@@ -41,7 +41,7 @@ public:
         vertex added = 1;
         for (; added < whole_.vertex_count() && !work_.is_over(); ++added) grow(added);
         if (added < whole_.vertex_count()) cliques_.clear();
-        if (missed_pairs_) work_.spend_all();
+        if (missed_pairs_) work_.spend(work_.left());
         return std::move(cliques_);
     }
 
@@ -129,7 +129,7 @@ private:
         work_.spend(10 * candidate_.size());
         if (!(whole_.weight_of(candidate_) < bound_) || !is_potential()) return false;
         cliques_.add(candidate_);
-        if (cliques_.size() > most_cliques) work_.spend_all();
+        if (cliques_.size() > most_cliques) work_.spend(work_.left());
         return true;
     }
 

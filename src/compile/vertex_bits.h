@@ -36,7 +36,6 @@ class search_work {
 public:
     explicit search_work(uint64_t limit) noexcept : limit_(limit) {}
     void spend(uint64_t words) noexcept { spent_ += words; }
-    void spend_all() noexcept { spent_ += left(); }
     bool is_over() const noexcept { return spent_ >= limit_; }
     uint64_t spent() const noexcept { return spent_; }
     uint64_t left() const noexcept { return is_over() ? 0 : limit_ - spent_; }

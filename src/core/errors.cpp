@@ -116,8 +116,6 @@ constinit thread_local q_error_t thread_error = q_error_none;
 
 }  // namespace
 
-const char* failure::what() const noexcept { return error_description(static_cast<uint32_t>(code_)); }
-
 q_error_t last_error() noexcept { return thread_error; }
 
 void set_error(q_error_t code) noexcept { thread_error = code; }

@@ -12,7 +12,6 @@ class failure : public std::exception {
 public:
     explicit failure(q_error_t code) noexcept : code_(code) {}
     q_error_t code() const noexcept { return code_; }
-    const char* what() const noexcept override;
 
 private:
     q_error_t code_;

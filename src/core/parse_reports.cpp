@@ -6,14 +6,7 @@
 
 namespace quarn {
 
-void parse_reports::report(std::size_t position, const char* format, ...) {
-    std::va_list arguments;
-    va_start(arguments, format);
-    report_list(position, format, arguments);
-    va_end(arguments);
-}
-
-void parse_reports::report_list(std::size_t position, const char* format, std::va_list arguments) {
+void parse_reports::report(std::size_t position, const char* format, std::va_list arguments) {
     std::array<char, 512> message{};
     std::vsnprintf(message.data(), message.size(), format, arguments);
     ++message_count_;

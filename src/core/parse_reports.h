@@ -21,9 +21,8 @@ public:
     parse_reports(q_parse_error_handler_t handler, void* data) noexcept : handler_(handler), data_(data) {}
 
     // Hands the caller's handler the message, cut to 511 characters.
-    [[gnu::format(printf, 3, 4)]] void report(std::size_t position, const char* format, ...);
-    [[gnu::format(printf, 3, 0)]] void report_list(std::size_t position, const char* format,
-                                                   std::va_list arguments);
+    [[gnu::format(printf, 3, 0)]] void report(std::size_t position, const char* format,
+                                              std::va_list arguments);
 
     std::size_t error_count() const noexcept { return error_count_; }
     // Of errors and warnings.

@@ -43,14 +43,14 @@ bool is_overflow(std::string_view literal) noexcept {
 void scanner::report(const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
-    reports_->report_list(position(), format, arguments);
+    reports_->report(position(), format, arguments);
     va_end(arguments);
 }
 
 void scanner::fail(const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
-    reports_->report_list(position(), format, arguments);
+    reports_->report(position(), format, arguments);
     va_end(arguments);
     throw reported_failure(q_error_parse);
 }

@@ -85,7 +85,11 @@ private:
             updated.maximum = std::max(updated.maximum, values[i]);
         }
         const double total = sum_of(weights.data(), weights.size());
-        if (!(total > 0)) return mark_unknown(updated);
+        if (!(total > 0)) {
+            updated.expected = updated.variance = updated.minimum = updated.maximum =
+                std::numeric_limits<double>::quiet_NaN();
+            return;
+        }
         updated.expected = std::inner_product(weights.begin(), weights.end(), values.begin(), 0.0) / total;
         if (updated.minimum == updated.maximum) updated.expected = updated.minimum;
         updated.variance =
@@ -95,11 +99,6 @@ private:
                                    return weight * deviation * deviation;
                                }) /
             total;
-    }
-
-    static void mark_unknown(compiled_utility& updated) noexcept {
-        updated.expected = updated.variance = updated.minimum = updated.maximum =
-            std::numeric_limits<double>::quiet_NaN();
     }
 
     void update_excluded(compiled_node& updated) {

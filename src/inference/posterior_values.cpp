@@ -43,25 +43,18 @@ double quantile_of_states(const node& with_values, double level) {
 }
 
 // One node is in a given state, everything else as it is.
-class values_given_state final : public node_values {
+class values_given_state final : public posterior_values {
 public:
-    values_given_state(const node_values& others, const node& given, std::size_t state) noexcept
-        : others_(others), given_(given), state_(state) {}
+    values_given_state(const node& given, std::size_t state) noexcept : given_(given), state_(state) {}
 
     value value_of(const node& referred) const override {
-        return &referred == &given_ ? value_in_state(given_, state_) : others_.value_of(referred);
+        return &referred == &given_ ? value_in_state(given_, state_) : posterior_values::value_of(referred);
     }
     std::size_t state_of(const node& discrete) const override {
-        return &discrete == &given_ ? state_ : others_.state_of(discrete);
+        return &discrete == &given_ ? state_ : posterior_values::state_of(discrete);
     }
-    double variance_of(const node& numeric) const override { return others_.variance_of(numeric); }
-    double quantile_of(const node& numeric, double level) const override {
-        return others_.quantile_of(numeric, level);
-    }
-    double probability_of(const expression&) const override { throw failure(q_error_computation_failed); }
 
 private:
-    const node_values& others_;
     const node& given_;
     std::size_t state_;
 };
@@ -144,8 +137,7 @@ double posterior_values::probability_of(const expression& condition) const {
     for (std::size_t state = 0; state < beliefs.size(); ++state) {
         if (!(beliefs[state] > 0)) continue;
         total += beliefs[state];
-        if (evaluate_boolean(condition, values_given_state(*this, *random, state)))
-            fulfilled += beliefs[state];
+        if (evaluate_boolean(condition, values_given_state(*random, state))) fulfilled += beliefs[state];
     }
     return fulfilled / total;
 }

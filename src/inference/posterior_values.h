@@ -13,7 +13,7 @@ bool is_settled(const node& asked) noexcept;
 
 // Reads results. Besides q_error_computation_failed these fail as the functions in results.h do; a function without a
 // value gives the code that says why.
-class posterior_values final : public node_values {
+class posterior_values : public node_values {
 public:
     value value_of(const node& referred) const override;
     std::size_t state_of(const node& discrete) const override;

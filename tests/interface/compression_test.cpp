@@ -1,6 +1,8 @@
 // Compressed domains: what they refuse, how much memory they give back, and what can occur in them afterwards.
 #include <malloc.h>
 
+#include <gmock/gmock.h>
+
 #include "scenarios.h"
 
 namespace {
@@ -29,6 +31,37 @@ TEST(compression, gives_memory_back) {
     EXPECT_LT(q_domain_compress(domain.get()), 0.05);
     EXPECT_TRUE(before <= 0 || used() - none < before / 4) << used();
     EXPECT_EQ(q_domain_compress(domain.get()), 1) << "nothing more to leave out";
+}
+
+// Positions in the separators take one byte, two or four; and where the evidence is nearly impossible, logarithms.
+TEST(compression, of_tables_of_all_sizes_changes_no_result) {
+    for (std::size_t states : {3u, 20u, 300u})
+        for (double weight : {0.5, 1e-200}) {
+            std::vector<std::vector<double>> results;
+            for (bool compressed : {false, true}) {
+                const owned_domain domain(q_domain_new());
+                std::vector<double> different(states * states), children(2 * states * states);
+                for (std::size_t i = 0; i < different.size(); ++i) different[i] = i % (states + 1) != 0;
+                for (std::size_t i = 0; i < children.size(); ++i) children[i] = double(1 + i * i % 7);
+                const q_node_t a = new_chance(domain.get(), "a", states);
+                const q_node_t b = with_table(new_chance(domain.get(), "b", states, {a}), different);
+                std::vector<q_node_t> observed;
+                for (const char* name : {"x", "y", "z"})
+                    observed.push_back(with_table(new_chance(domain.get(), name, 2, {a, b}), children));
+                EXPECT_EQ(propagate(domain), q_error_none);
+                EXPECT_TRUE(!compressed || q_domain_compress(domain.get()) > 0);
+                for (q_node_t node : observed)
+                    for (std::size_t state : {0u, 1u})
+                        q_node_enter_finding(node, state, weight / double(1 + state));
+                EXPECT_EQ(propagate(domain), q_error_none);
+                std::vector<double>& result = results.emplace_back();
+                result.push_back(q_domain_get_log_normalization_constant(domain.get()));
+                for (q_node_t node : {a, b, observed[0]})
+                    for (std::size_t state = 0; state < q_node_get_number_of_states(node); ++state)
+                        result.push_back(q_node_get_belief(node, state));
+            }
+            EXPECT_THAT(results[1], testing::Pointwise(testing::DoubleNear(1e-12), results[0])) << states;
+        }
 }
 
 TEST(compression, keeps_what_is_possible_and_revives_nothing) {

@@ -74,6 +74,7 @@ TEST(functions, by_hand) {
         {"quantile(X, 0.75)", 2, 2}, {"quantile(X, 0.76)", 4, 2}, {"quantile(I, 0.625)", 4, 1.25},
         {"quantile(I, 1)", 6, 2}, {"quantile(Y, 0.5)", fails, 5}, {"quantile(X, X)", refuses, refuses},
         {"probability(X >= 2)", 0.75, 1}, {"probability(or(L == \"b\", 1 > 2))", 0.5, 1},
+        {"probability(quantile(I, 0.5) + #X > 3)", 0.25, 0},
         {"probability(and(B, X < 10))", fails, 1}, {"probability(variance(X) > if(B, 1.5, 1))", 0.75, 0},
         {"if(B, 1, 2)", fails, 1}, {"if(L == \"b\", #X, 0)", fails, 1}, {"1 / (X - 2)", 4, divides},
         {"log(X - 4)", refuses, refuses}, {"R + 1", 3.25, 3},
@@ -124,6 +125,20 @@ TEST(functions, of_nodes_of_another_subtype_than_before) {
     ASSERT_EQ(q_domain_compile(all.domain.get()), q_error_none);
     EXPECT_EQ(propagate(all.domain), q_error_none);
     for (q_node_t function : tested) expect_value(function, 0, q_error_inappropriate_arguments);
+}
+
+TEST(functions, of_excluded_nodes) {
+    const owned_domain domain(q_domain_new());
+    const q_node_t a = new_numeric(domain.get(), "A", q_subtype_number, {3, 5}, {0.5, 0.5});
+    const q_node_t u = with_table(new_chance(domain.get(), "U", 0, {a}, "uo"), {10, 20});
+    const q_node_t f = new_chance(domain.get(), "F", 0, {a, u}, "fo");
+    with_table(new_chance(domain.get(), "B", 2, {a}), {0.5, 0.5, 0.25, 0.75});
+    set_model(f, "100 * A + U + #A + variance(U)");
+    const q_node_t excluded[] = {a, nullptr};
+    q_domain_set_excluded_nodes(domain.get(), excluded);
+    EXPECT_EQ(q_node_select_state(a, 1), q_error_none);
+    EXPECT_EQ(propagate(domain), q_error_none);
+    expect_value(f, 521);
 }
 
 TEST(functions, of_values_that_are_not_finite) {

@@ -224,6 +224,28 @@ TEST(Compile, WritesHowItTriangulates) {
             total + "s\n    b\n    e\n    d\n");
 }
 
+// A ring of five, b and d large: their triangles leave the one of a, c and e.
+TEST(Compile, LogsHowASolutionSplits) {
+    const owned_domain domain(q_domain_new());
+    q_node_t first = add(domain, "a", 2), last = first;
+    for (const char* name : {"b", "c", "d", "e"}) last = add(domain, name, name[0] % 2 == 0 ? 9 : 2, {last});
+    add(domain, "f", 9, {last, first});
+    const std::string log =
+        logged(domain.get(), [&] { q_domain_triangulate(domain.get(), q_triangulate_total_weight); });
+    EXPECT_THAT(log, testing::HasSubstr("\n    Optimal triangulation of graph G1 has cost 80\n"
+                                        "    Using the following separator of size 2 and cost 4:\n    c, e\n"
+                                        "    to split the graph into the following subgraphs:\n"
+                                        "\tG2 (size: 3)\n\tG3 (size: 4)\n"
+                                        "\n    Graph G2 is a clique of cost 36\n"
+                                        "\n    Optimal triangulation of graph G3 has cost 44\n"
+                                        "    Using the following separator of size 2 and cost 4:\n    a, c\n"
+                                        "    to split the subgraph into the following subgraphs:\n"
+                                        "\tG4 (size: 3)\n\tG5 (size: 3)\n"
+                                        "\n    Graph G4 is a clique of cost 8\n"
+                                        "\n    Graph G5 is a clique of cost 36\n"
+                                        "\nFound optimal triangulation of cost 80\n"));
+}
+
 TEST(Compile, RefusesWhatItCannotDo) {
     const owned_domain domain(q_domain_new());
     EXPECT_EQ(q_domain_compile(domain.get()), q_error_usage);
