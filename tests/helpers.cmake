@@ -8,7 +8,8 @@ target_include_directories(quarn_test_base INTERFACE ${PROJECT_SOURCE_DIR}/inclu
   ${CMAKE_CURRENT_LIST_DIR}/support ${CMAKE_CURRENT_LIST_DIR}/oracle)
 target_compile_definitions(quarn_test_base INTERFACE
   QUARN_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
-  QUARN_NETWORKS_DIR="${QUARN_NETWORKS_DIR}")
+  QUARN_NETWORKS_DIR="${QUARN_NETWORKS_DIR}"
+  $<$<BOOL:${QUARN_INSTRUMENTED}>:QUARN_INSTRUMENTED>)
 target_link_libraries(quarn_test_base INTERFACE GTest::gmock)
 
 set(helpers "")

@@ -10,10 +10,7 @@
 
 namespace {
 
-#ifndef __has_feature
-#define __has_feature(x) 0
-#endif
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || __has_feature(address_sanitizer)
+#ifdef QUARN_INSTRUMENTED
 constexpr std::size_t small_stack = std::size_t{8} << 20;
 #else
 constexpr std::size_t small_stack = std::size_t{256} << 10;
