@@ -291,8 +291,7 @@ bool expect_endured(const network_kind& kind, const tested_function& function, c
     return true;
 }
 
-const std::vector<network_kind> all_kinds{{"mixed", mixed},
-                                          {"mixed_observed", mixed, stage::observed},
+const std::vector<network_kind> all_kinds{{"mixed_observed", mixed, stage::observed},
                                           {"mixed_propagated", mixed, stage::propagated},
                                           {"diagram", diagram},
                                           {"diagram_propagated", diagram, stage::propagated},
